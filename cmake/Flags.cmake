@@ -1,0 +1,25 @@
+# How our own code is compiled and linked. zavo_flags carries both; every target of ours links it.
+
+add_library(zavo_flags INTERFACE)
+target_include_directories(zavo_flags INTERFACE ${PROJECT_SOURCE_DIR})
+target_compile_definitions(zavo_flags INTERFACE
+    UNICODE _UNICODE STRICT NOMINMAX
+    WINVER=0x0A00 _WIN32_WINNT=0x0A00)
+# No -Wnon-virtual-dtor: COM interfaces have no virtual destructor; the classes that implement them are final.
+target_compile_options(zavo_flags INTERFACE
+    $<$<COMPILE_LANGUAGE:CXX>:-Wall -Wextra -Wpedantic -Wshadow -Wconversion -Werror>
+    $<$<COMPILE_LANGUAGE:CXX>:-fstack-protector-strong -ffunction-sections -fdata-sections>
+    # The source path stays out of the binaries: two checkouts give the same bytes.
+    $<$<COMPILE_LANGUAGE:CXX>:-ffile-prefix-map=${PROJECT_SOURCE_DIR}=.>)
+target_compile_definitions(zavo_flags INTERFACE $<$<CONFIG:Release>:_FORTIFY_SOURCE=2>)
+
+# Everything is linked statically: what we ship imports Windows' own DLLs and the engine, nothing of the compiler's.
+# A fixed image base and no time stamp: the linker would derive both from the output's name and the clock.
+target_link_options(zavo_flags INTERFACE
+    -static -fstack-protector-strong
+    -Wl,--gc-sections,--dynamicbase,--high-entropy-va,--nxcompat,--no-insert-timestamp
+    $<$<CONFIG:Release>:-s>)
+
+function(zavo_fixed_image_base target base)
+    target_link_options(${target} PRIVATE -Wl,--image-base=${base})
+endfunction()

@@ -1,0 +1,177 @@
+# Shared by the scripts in this folder, which source it: messages, packages, and throw-away Wine prefixes.
+# shellcheck shell=bash
+set -euo pipefail
+shopt -s inherit_errexit
+
+ZAVO_ROOT=$(cd "$(dirname "${BASH_SOURCE[0]}")/.." && pwd)
+ZAVO_BIN=$ZAVO_ROOT/build/bin
+# What is slow to make and does not depend on the source tree is kept here, under names made from its inputs.
+ZAVO_CACHE=${ZAVO_CACHE:-${XDG_CACHE_HOME:-${HOME:?HOME is not set}/.cache}/zavo-office-addin}
+
+step() { printf '==> %s\n' "$*" >&2; }
+
+fail() {
+    printf '%s: %s\n' "${0##*/}" "$*" >&2
+    exit 1
+}
+
+# --- Packages ---------------------------------------------------------------------------------------------------------
+
+declare -A ZAVO_PACKAGES=(
+    [build]="cmake ninja-build g++-mingw-w64-x86-64-posix mingw-w64-tools googletest"
+    [wine]="wine wine64"
+    [render]="libreoffice-writer-nogui libreoffice-calc-nogui libreoffice-impress-nogui python3-uno poppler-utils
+        fonts-liberation"
+    [test]="qpdf"
+    [lint]="clang-14 clang-format-14 clang-tidy-14 git"
+)
+
+# Installs what is missing of the named groups; says so only when there is something to install.
+need_packages() {
+    local group package missing=()
+    for group; do
+        for package in ${ZAVO_PACKAGES[$group]}; do
+            [[ $(dpkg-query -W -f='${db:Status-Status}' "$package" 2>/dev/null) == installed ]] || missing+=("$package")
+        done
+    done
+    ((${#missing[@]})) || return 0
+
+    local as_root=()
+    if ((EUID != 0)); then
+        command -v sudo >/dev/null || fail "please install as root: apt-get install ${missing[*]}"
+        as_root=(sudo)
+    fi
+    step "Installing ${#missing[@]} packages: ${missing[*]}"
+    local log=$ZAVO_CACHE/install.log
+    mkdir -p "$ZAVO_CACHE"
+    if ! { "${as_root[@]}" apt-get update &&
+        "${as_root[@]}" env DEBIAN_FRONTEND=noninteractive apt-get install -y --no-install-recommends "${missing[@]}"; } \
+        >"$log" 2>&1 </dev/null; then
+        tail -n 5 "$log" >&2
+        fail "installing ${missing[*]} failed, see $log"
+    fi
+}
+
+# --- Wine -------------------------------------------------------------------------------------------------------------
+
+# What every Wine process needs: no questions, no debugger that waits for a user, no mono or gecko, and a UTF-8 locale,
+# without which file names beyond ASCII do not open.
+wine_environment() {
+    export WINEARCH=win64 WINEDEBUG=${WINEDEBUG:--all} WINEDLLOVERRIDES="mscoree,mshtml=;winedbg.exe=d;mapi32=n,b"
+    export LC_ALL='' LANG=C.UTF-8
+    unset DISPLAY LC_MESSAGES
+}
+
+# The Windows form of a Linux path.
+windows_path() {
+    local path
+    path=$(realpath -m -- "$1")
+    printf 'Z:%s' "${path//\//\\}"
+}
+
+# Prints the folder of a ready prefix that others are copied from. It is made once for a version of Wine and of this
+# recipe: Windows 10, dialogs without a display, a user's folders of its own instead of links to the home folder.
+wine_template() {
+    local recipe key template
+    recipe=$(declare -f wine_template)
+    key=$(printf '%s' "$(wine --version) $recipe" | sha256sum | cut -c1-16)
+    template=$ZAVO_CACHE/wine-template-$key
+    if [[ ! -d $template ]]; then
+        step "Preparing a Wine prefix (once)"
+        mkdir -p "$ZAVO_CACHE"
+        local fresh
+        fresh=$(mktemp -d "$ZAVO_CACHE/wine-template-new.XXXXXX")
+        (
+            export WINEPREFIX=$fresh
+            local log=$ZAVO_CACHE/wine-template.log folder
+            {
+                wine wineboot.exe -i
+                wine reg.exe add 'HKCU\Software\Wine\Drivers' /v Graphics /d null /f
+                wine winecfg.exe /v win10
+                wineserver -w
+            } >"$log" 2>&1 </dev/null || fail "Wine could not make a prefix, see $log"
+            for folder in "$fresh"/drive_c/users/*/*; do
+                if [[ -L $folder ]]; then
+                    rm "$folder"
+                    mkdir "$folder"
+                fi
+            done
+        ) || exit 1
+        # Another run may have been faster; its template is as good.
+        mv -T "$fresh" "$template" 2>/dev/null || rm -rf "$fresh"
+    fi
+    printf '%s' "$template"
+}
+
+# Makes a prefix for this run, sets WINEPREFIX to it and keeps its server alive: without a program that stays, the first
+# captured Wine call would wait for Wine's services to end. The prefix goes when the script ends.
+wine_start() {
+    local template run
+    wine_environment
+    template=$(wine_template)
+    mkdir -p "$ZAVO_CACHE/runs"
+    find "$ZAVO_CACHE/runs" -mindepth 1 -maxdepth 1 -mtime +1 -exec rm -rf {} + 2>/dev/null || true
+    run=$(mktemp -d "$ZAVO_CACHE/runs/XXXXXX")
+    ZAVO_RUN=$run
+    trap wine_stop EXIT
+    export WINEPREFIX=$run/prefix
+    # Files are shared with the template by hard links, but for the registry, which Wine writes in place.
+    cp -al "$template" "$WINEPREFIX"
+    rm "$WINEPREFIX"/*.reg
+    cp -p "$template"/*.reg "$WINEPREFIX"/
+    (setsid wine "$ZAVO_BIN/keepalive.exe" </dev/null >/dev/null 2>&1 &)
+}
+
+wine_stop() {
+    if [[ -n ${ZAVO_BRIDGE_PID:-} ]]; then
+        kill "$ZAVO_BRIDGE_PID" 2>/dev/null || true
+        wait "$ZAVO_BRIDGE_PID" 2>/dev/null || true
+    fi
+    wineserver -k 2>/dev/null || true
+    rm -rf "$ZAVO_RUN"
+}
+
+# Starts the helper through which the stand-ins reach LibreOffice and sets ZAVO_BRIDGE_PORT, which they read.
+bridge_start() {
+    local port_file=$ZAVO_RUN/bridge.port log=$ZAVO_RUN/bridge.log tries
+    /usr/bin/python3 "$ZAVO_ROOT/standins/bridge/bridge.py" "$port_file" "$ZAVO_RUN/libreoffice" </dev/null >"$log" 2>&1 &
+    ZAVO_BRIDGE_PID=$!
+    for ((tries = 0; tries < 600; ++tries)); do
+        if [[ -s $port_file ]]; then
+            ZAVO_BRIDGE_PORT=$(<"$port_file")
+            export ZAVO_BRIDGE_PORT
+            return
+        fi
+        kill -0 "$ZAVO_BRIDGE_PID" 2>/dev/null || break
+        sleep 0.1
+    done
+    tail -n 3 "$log" >&2
+    fail "LibreOffice did not start"
+}
+
+# Asks the bridge; arguments are names and values in turn. Prints the answer's value.
+bridge_ask() {
+    local connection answer
+    exec {connection}<>"/dev/tcp/127.0.0.1/$ZAVO_BRIDGE_PORT"
+    { printf '%s\t%s\n' "$@"; printf '\n'; } >&"$connection"
+    IFS= read -r answer <&"$connection"
+    exec {connection}>&-
+    [[ $answer == ok$'\t'* ]] || fail "${answer#*$'\t'}"
+    [[ -z ${answer#ok$'\t'} ]] || printf '%s\n' "${answer#ok$'\t'}"
+}
+
+# Runs a Windows program with its output through a file: a pipe would stay open as long as any program of the session.
+run_windows() {
+    local status=0
+    wine "$@" >"$ZAVO_RUN/out" 2>"$ZAVO_RUN/err" </dev/null || status=$?
+    cat "$ZAVO_RUN/out"
+    grep -v '^wine: ' "$ZAVO_RUN/err" >&2 || true  # Wine's own remarks on this machine's drives
+    return "$status"
+}
+
+# Registers the add-in in this run's prefix, and the folder of the companion's stand-in.
+register_addin() {
+    wine regsvr32.exe /s "$(windows_path "$ZAVO_BIN/zavoofficeaddin.dll")" </dev/null >/dev/null 2>&1 ||
+        fail "regsvr32 refused the add-in"
+    wine reg.exe add 'HKLM\SOFTWARE\ZAVO' /v InstallPath /d "$(windows_path "$ZAVO_BIN")" /f </dev/null >/dev/null 2>&1
+}

@@ -1,0 +1,167 @@
+// The add-in object: its faces, the routing of callbacks, connection and disconnection.
+#include "src/addin/OfficeAddin.h"
+
+#include <algorithm>
+#include <iterator>
+#include <string_view>
+
+#include "src/addin/RibbonCallbacks.h"
+#include "src/addin/RibbonMarkup.h"
+#include "src/automation/AutomationCalls.h"
+#include "src/base/Barrier.h"
+#include "src/base/ControlIds.h"
+#include "src/base/Handles.h"
+#include "src/base/Module.h"
+
+using Microsoft::WRL::ComPtr;
+
+namespace {
+
+struct Callback {
+    std::wstring_view name;
+    DISPID dispid;
+};
+
+constexpr Callback callbacks[] = {
+    {OnRibbonLoadedName, OnRibbonLoadedId},
+    {OnButtonClickName, OnButtonClickId},
+    {OnLoadImageName, OnLoadImageId},
+    {GetCheckBoxStateName, GetCheckBoxStateId},
+    {OnCheckBoxChangedName, OnCheckBoxChangedId},
+};
+
+DISPID DispidOf(const wchar_t* name) {
+    if (!name) return DISPID_UNKNOWN;
+    const auto* found = std::find_if(std::begin(callbacks), std::end(callbacks),
+                                     [name](const Callback& callback) { return callback.name == name; });
+    return found == std::end(callbacks) ? DISPID_UNKNOWN : found->dispid;
+}
+
+struct HostCollection {
+    const wchar_t* property;
+    Host host;
+};
+
+// The order decides where an application offers more than one: PowerPoint and Excel before Word, Outlook last.
+constexpr HostCollection hostCollections[] = {
+    {L"Presentations", HostPowerPoint},
+    {L"Workbooks", HostExcel},
+    {L"Documents", HostWord},
+    {L"Explorers", HostOutlook},
+};
+
+}  // namespace
+
+Host DetectHost(IDispatch* application) {
+    for (const HostCollection& collection : hostCollections) {
+        if (HasReadableProperty(application, collection.property)) return collection.host;
+    }
+    return HostUnknown;
+}
+
+HRESULT ZOfficeAddin::QueryInterface(REFIID riid, void** ppv) {
+    return Barrier([&]() -> HRESULT {
+        if (!ppv) return E_POINTER;
+        if (riid == IID_IUnknown || riid == IID_IDispatch || riid == IID_IDTExtensibility2) {
+            *ppv = static_cast<_IDTExtensibility2*>(this);
+        } else if (riid == IID_IRibbonExtensibility) {
+            *ppv = static_cast<IRibbonExtensibility*>(this);
+        } else {
+            *ppv = nullptr;
+            return E_NOINTERFACE;
+        }
+        AddRef();
+        return S_OK;
+    });
+}
+
+ULONG ZOfficeAddin::AddRef() { return InterlockedIncrement(&references_); }
+
+ULONG ZOfficeAddin::Release() {
+    const ULONG left = InterlockedDecrement(&references_);
+    if (left == 0) Destroy();
+    return left;
+}
+
+HRESULT ZOfficeAddin::GetTypeInfoCount(UINT* pctinfo) {
+    return Barrier([&]() -> HRESULT {
+        if (!pctinfo) return E_POINTER;
+        *pctinfo = 0;
+        return S_OK;
+    });
+}
+
+HRESULT ZOfficeAddin::GetTypeInfo(UINT, LCID, ITypeInfo** typeInfo) {
+    return Barrier([&]() -> HRESULT {
+        if (!typeInfo) return E_POINTER;
+        *typeInfo = nullptr;
+        return E_NOTIMPL;
+    });
+}
+
+HRESULT ZOfficeAddin::GetIDsOfNames(REFIID riid, LPOLESTR* names, UINT count, LCID, DISPID* dispids) {
+    return Barrier([&]() -> HRESULT {
+        if (!names || !dispids) return E_POINTER;
+        if (riid != IID_NULL) return DISP_E_UNKNOWNINTERFACE;
+        HRESULT result = S_OK;
+        for (UINT i = 0; i < count; ++i) {
+            dispids[i] = DispidOf(names[i]);
+            if (dispids[i] == DISPID_UNKNOWN) result = DISP_E_UNKNOWNNAME;
+        }
+        return result;
+    });
+}
+
+HRESULT ZOfficeAddin::Invoke(DISPID dispid, REFIID riid, LCID, WORD, DISPPARAMS* params, VARIANT* result, EXCEPINFO*,
+                             UINT*) {
+    return Barrier([&]() -> HRESULT {
+        if (riid != IID_NULL) return DISP_E_UNKNOWNINTERFACE;
+        // A callback may pump messages, and the host may let go of the object meanwhile.
+        const ComPtr<_IDTExtensibility2> self(this);
+        switch (dispid) {
+            case OnRibbonLoadedId: return OnRibbonLoaded(*this, params);
+            case OnButtonClickId: return OnButtonClick(*this, params);
+            case GetCheckBoxStateId: return GetCheckBoxState(*this, params, result);
+            case OnCheckBoxChangedId: return OnCheckBoxChanged(*this, params);
+            default: return DISP_E_MEMBERNOTFOUND;
+        }
+    });
+}
+
+HRESULT ZOfficeAddin::OnConnection(IDispatch* application, ext_ConnectMode, IDispatch*, SAFEARRAY**) {
+    return Barrier([&]() -> HRESULT {
+        if (!application) return E_FAIL;
+        state.application = application;
+        state.host = DetectHost(application);
+        if (state.host == HostUnknown) return E_FAIL;  // the application stays held until disconnection
+        PinModule();
+        return S_OK;
+    });
+}
+
+HRESULT ZOfficeAddin::OnDisconnection(ext_DisconnectMode, SAFEARRAY**) {
+    return Barrier([&]() -> HRESULT {
+        ribbon.Release();
+        state.application.Reset();
+        return S_OK;
+    });
+}
+
+HRESULT ZOfficeAddin::OnAddInsUpdate(SAFEARRAY**) { return S_OK; }
+
+HRESULT ZOfficeAddin::OnStartupComplete(SAFEARRAY**) { return S_OK; }
+
+HRESULT ZOfficeAddin::OnBeginShutdown(SAFEARRAY**) { return S_OK; }
+
+void ZOfficeAddin::Destroy() { delete this; }
+
+HRESULT ZOfficeAddin::Reserved() { return S_OK; }
+
+HRESULT ZOfficeAddin::GetCustomUI(BSTR, BSTR* markup) {
+    return Barrier([&]() -> HRESULT {
+        if (!markup) return E_POINTER;
+        *markup = nullptr;
+        *markup = SysAllocString(BuildRibbonMarkup(state.host).c_str());
+        return *markup ? S_OK : E_OUTOFMEMORY;
+    });
+}

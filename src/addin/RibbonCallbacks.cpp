@@ -1,0 +1,105 @@
+// The ribbon's callbacks: argument checks, then the table that the identifier is looked up in.
+#include "src/addin/RibbonCallbacks.h"
+
+#include <algorithm>
+#include <iterator>
+#include <string_view>
+#include <utility>
+
+#include "src/addin/Commands.h"
+#include "src/automation/RibbonControl.h"
+#include "src/base/Barrier.h"
+#include "src/base/ControlIds.h"
+
+namespace {
+
+struct Option {
+    std::wstring_view controlId;
+    bool (*get)(const ExportSettings&);
+    void (*set)(ExportSettings&, bool);
+};
+
+template <auto Field>
+constexpr Option OptionOf(std::wstring_view controlId) {
+    return {controlId, [](const ExportSettings& settings) { return settings.*Field != 0; },
+            [](ExportSettings& settings, bool checked) { settings.*Field = checked; }};
+}
+
+constexpr Option options[] = {
+    OptionOf<&ExportSettings::openAfterExport>(CheckBox_ID_OpenAfterExport),
+    OptionOf<&ExportSettings::pdfA>(CheckBox_ID_PDFA),
+    OptionOf<&ExportSettings::createBookmarks>(CheckBox_ID_CreateBookmarks),
+    OptionOf<&ExportSettings::includeDocProps>(CheckBox_ID_IncludeDocProps),
+};
+
+const Option* FindOption(std::wstring_view controlId) {
+    const auto* found = std::find_if(std::begin(options), std::end(options),
+                                     [controlId](const Option& option) { return option.controlId == controlId; });
+    return found == std::end(options) ? nullptr : found;
+}
+
+// Sets a flag for the length of a scope. False when it was set already.
+class RunningScope {
+public:
+    explicit RunningScope(bool& running) : running_(running), entered_(!std::exchange(running, true)) {}
+    RunningScope(const RunningScope&) = delete;
+    RunningScope& operator=(const RunningScope&) = delete;
+    ~RunningScope() {
+        if (entered_) running_ = false;
+    }
+    explicit operator bool() const { return entered_; }
+
+private:
+    bool& running_;
+    bool entered_;
+};
+
+}  // namespace
+
+HRESULT OnRibbonLoaded(ZOfficeAddin& addin, const DISPPARAMS* params) {
+    if (!params || params->cArgs == 0) return E_INVALIDARG;
+    const VARIANT& argument = params->rgvarg[0];
+    if (argument.vt != VT_DISPATCH || !argument.pdispVal) return E_INVALIDARG;
+    IRibbonUI* ribbon = nullptr;
+    const HRESULT result = argument.pdispVal->QueryInterface(IID_IRibbonUI, reinterpret_cast<void**>(&ribbon));
+    if (SUCCEEDED(result) && ribbon) addin.ribbon.Store(ribbon);
+    return result;
+}
+
+HRESULT OnButtonClick(ZOfficeAddin& addin, const DISPPARAMS* params) {
+    if (!params || params->cArgs == 0) return E_INVALIDARG;
+    const std::wstring controlId = GetControlId(params->rgvarg[0]);
+    if (controlId.empty()) return DISP_E_TYPEMISMATCH;
+
+    // A command pumps messages in its dialogs and in calls to another process, and a second click can come in there.
+    const RunningScope running(addin.commandRunning);
+    if (!running) return S_OK;
+    // The host disables an add-in whose callbacks fail, so a command's failure never becomes the click's.
+    Barrier([&]() -> HRESULT {
+        RunCommand(addin.state, controlId);
+        return S_OK;
+    });
+    return S_OK;
+}
+
+HRESULT GetCheckBoxState(const ZOfficeAddin& addin, const DISPPARAMS* params, VARIANT* result) {
+    if (!params || params->cArgs == 0 || !result) return E_INVALIDARG;
+    VariantInit(result);
+    const std::wstring controlId = GetControlId(params->rgvarg[0]);
+    if (controlId.empty()) return DISP_E_TYPEMISMATCH;
+    const Option* option = FindOption(controlId);
+    result->vt = VT_BOOL;
+    result->boolVal = option && option->get(addin.state.settings) ? VARIANT_TRUE : VARIANT_FALSE;
+    return option ? S_OK : E_NOTIMPL;
+}
+
+HRESULT OnCheckBoxChanged(ZOfficeAddin& addin, const DISPPARAMS* params) {
+    if (!params || params->cArgs < 2) return E_INVALIDARG;
+    const std::wstring controlId = GetControlId(params->rgvarg[1]);
+    if (controlId.empty()) return DISP_E_TYPEMISMATCH;
+    const Option* option = FindOption(controlId);
+    if (!option) return E_NOTIMPL;
+    // The type tag is not looked at, on purpose: the host's boolean is taken from the 16 bits where it stands.
+    option->set(addin.state.settings, params->rgvarg[0].boolVal == VARIANT_TRUE);
+    return S_OK;
+}

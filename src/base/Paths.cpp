@@ -1,0 +1,31 @@
+// Path helpers on the shell's own path functions.
+#include "src/base/Paths.h"
+
+#include <windows.h>
+#include <shlwapi.h>
+
+std::wstring GetFileNameOfPath(const std::wstring& path, bool keepExtension) {
+    // PathFindFileNameW gives the whole text back where it finds no file name.
+    std::wstring name = PathFindFileNameW(path.c_str());
+    if (!keepExtension) {
+        const size_t dot = name.rfind(L'.');
+        if (dot != std::wstring::npos) name.resize(dot);
+    }
+    return name;
+}
+
+std::wstring GetFolderOfPath(const std::wstring& path) {
+    const size_t separator = path.find_last_of(L"\\/");
+    return separator == std::wstring::npos ? std::wstring() : path.substr(0, separator + 1);
+}
+
+std::wstring GetExtensionOfPath(const std::wstring& path) { return PathFindExtensionW(path.c_str()); }
+
+std::wstring MakeUniquePath(unsigned counter, const std::wstring& path) {
+    const std::wstring extension = GetExtensionOfPath(path);
+    const std::wstring stem = path.substr(0, path.size() - extension.size());
+    for (;; ++counter) {
+        const std::wstring candidate = counter == 0 ? path : stem + L"(" + std::to_wstring(counter) + L")" + extension;
+        if (!PathFileExistsW(candidate.c_str())) return candidate;
+    }
+}

@@ -1,0 +1,200 @@
+#!/usr/bin/python3
+"""The way from the stand-ins, which run under Wine, to LibreOffice and PDF tools, which run beside it.
+
+Usage: bridge.py PORT_FILE PROFILE_FOLDER
+
+Starts one LibreOffice and listens on a free port of 127.0.0.1, which it writes to PORT_FILE. One request a connection:
+lines "name<TAB>value" in UTF-8, then an empty line. The answer is one line, "ok<TAB>value" or "error<TAB>text".
+
+  command render   source, target; pdfa, bookmarks, properties, tags, comments, screen (1 or 0); first, last (pages)
+  command pages    path: the number of pages of a PDF
+  command convert  source, target, filter: a document in another format
+
+Paths are Linux paths. A target is replaced only once the new file is whole; a write-protected one is refused.
+"""
+import os
+import signal
+import socketserver
+import stat
+import subprocess
+import sys
+import tempfile
+import time
+
+import uno
+from com.sun.star.beans import PropertyValue
+
+PDF_FILTERS = {
+    "com.sun.star.text.GenericTextDocument": "writer_pdf_Export",
+    "com.sun.star.sheet.SpreadsheetDocument": "calc_pdf_Export",
+    "com.sun.star.presentation.PresentationDocument": "impress_pdf_Export",
+}
+
+
+def properties(**values):
+    result = []
+    for name, value in values.items():
+        item = PropertyValue()
+        item.Name, item.Value = name, value
+        result.append(item)
+    return tuple(result)
+
+
+class Office:
+    """One running LibreOffice with a profile of its own."""
+
+    def __init__(self, profile):
+        pipe = f"zavo{os.getpid()}"
+        self.process = subprocess.Popen(
+            ["soffice", "-env:UserInstallation=" + uno.systemPathToFileUrl(profile), "--headless", "--norestore",
+             "--nologo", "--nodefault", f"--accept=pipe,name={pipe};urp;"],
+            stdin=subprocess.DEVNULL, stdout=subprocess.DEVNULL, stderr=subprocess.DEVNULL)
+        local = uno.getComponentContext()
+        resolver = local.ServiceManager.createInstanceWithContext("com.sun.star.bridge.UnoUrlResolver", local)
+        deadline = time.monotonic() + 60
+        while True:
+            try:
+                context = resolver.resolve(f"uno:pipe,name={pipe};urp;StarOffice.ComponentContext")
+                break
+            except Exception:
+                if time.monotonic() > deadline or self.process.poll() is not None:
+                    raise
+                time.sleep(0.05)
+        self.desktop = context.ServiceManager.createInstanceWithContext("com.sun.star.frame.Desktop", context)
+
+    def close(self):
+        try:
+            self.desktop.terminate()
+        except Exception:
+            pass
+        try:
+            self.process.wait(10)
+        except subprocess.TimeoutExpired:
+            self.process.kill()
+
+    def load(self, source):
+        url = uno.systemPathToFileUrl(source)
+        document = self.desktop.loadComponentFromURL(url, "_blank", 0, properties(Hidden=True, ReadOnly=True))
+        if document is None:
+            raise RuntimeError(f"{source} cannot be opened as a document")
+        return document
+
+    def store(self, document, target, filter_name, filter_data=None):
+        """Stores beside the target and puts the result in its place when it is whole."""
+        if os.path.isdir(target):
+            raise RuntimeError(f"{target} is a folder")
+        if os.path.exists(target) and not os.stat(target).st_mode & stat.S_IWUSR:
+            raise RuntimeError(f"{target} is write-protected")
+        handle, fresh = tempfile.mkstemp(prefix=".export-", dir=os.path.dirname(target))
+        os.close(handle)
+        try:
+            arguments = {"FilterName": filter_name, "Overwrite": True}
+            if filter_data is not None:
+                arguments["FilterData"] = uno.Any("[]com.sun.star.beans.PropertyValue", filter_data)
+            document.storeToURL(uno.systemPathToFileUrl(fresh), properties(**arguments))
+            if os.path.getsize(fresh) == 0:
+                raise RuntimeError("LibreOffice wrote nothing")
+            mask = os.umask(0)
+            os.umask(mask)
+            os.chmod(fresh, 0o666 & ~mask)
+            os.replace(fresh, target)
+        except BaseException:
+            os.unlink(fresh)
+            raise
+
+
+def pdf_filter_of(document):
+    for service, name in PDF_FILTERS.items():
+        if document.supportsService(service):
+            return name
+    raise RuntimeError("this kind of document cannot be exported")
+
+
+def drop_properties(document):
+    held = document.DocumentProperties
+    held.Title = held.Author = held.Subject = held.Description = ""
+    held.Keywords = ()
+
+
+def render(office, request):
+    def is_set(name):
+        return request.get(name, "0") == "1"
+
+    document = office.load(request["source"])
+    try:
+        if not is_set("properties"):
+            drop_properties(document)
+        options = {
+            "SelectPdfVersion": 1 if is_set("pdfa") else 0,
+            "ExportBookmarks": is_set("bookmarks"),
+            "UseTaggedPDF": is_set("tags"),
+            "ExportNotes": is_set("comments"),
+            "ReduceImageResolution": is_set("screen"),
+            "MaxImageResolution": 150 if is_set("screen") else 300,
+        }
+        if "first" in request:
+            options["PageRange"] = f"{request['first']}-{request['last']}"
+        office.store(document, request["target"], pdf_filter_of(document), properties(**options))
+    finally:
+        document.close(True)
+    return ""
+
+
+def convert(office, request):
+    document = office.load(request["source"])
+    try:
+        office.store(document, request["target"], request["filter"])
+    finally:
+        document.close(True)
+    return ""
+
+
+def pages(_office, request):
+    found = subprocess.run(["pdfinfo", request["path"]], capture_output=True, text=True, check=False)
+    for line in found.stdout.splitlines():
+        name, _, value = line.partition(":")
+        if name == "Pages":
+            return value.strip()
+    raise RuntimeError(f"{request['path']} is not a PDF")
+
+
+COMMANDS = {"render": render, "convert": convert, "pages": pages}
+
+
+def read_request(stream):
+    request = {}
+    while True:
+        line = stream.readline().decode("utf-8").rstrip("\r\n")
+        if not line:
+            return request
+        name, _, value = line.partition("\t")
+        request[name] = value
+
+
+def serve(port_file, profile):
+    office = Office(os.path.abspath(profile))
+
+    class Handler(socketserver.StreamRequestHandler):
+        def handle(self):
+            try:
+                request = read_request(self.rfile)
+                answer = "ok\t" + COMMANDS[request["command"]](office, request)
+            except Exception as error:
+                answer = f"error\t{type(error).__name__}: {error}"
+            self.wfile.write((answer.replace("\r", " ").replace("\n", " ") + "\n").encode("utf-8", "replace"))
+
+    try:
+        with socketserver.TCPServer(("127.0.0.1", 0), Handler) as server:
+            with open(port_file + ".new", "w", encoding="ascii") as file:
+                file.write(str(server.server_address[1]))
+            os.rename(port_file + ".new", port_file)
+            server.serve_forever()
+    finally:
+        office.close()
+
+
+if __name__ == "__main__":
+    if len(sys.argv) != 3:
+        sys.exit(__doc__)
+    signal.signal(signal.SIGTERM, lambda *_: sys.exit(0))
+    serve(sys.argv[1], sys.argv[2])

@@ -1,0 +1,16 @@
+// UTF-8 and console output for the stand-ins.
+#pragma once
+
+#include <string>
+
+std::string Utf8(const std::wstring& text);
+std::wstring Wide(const std::string& utf8);
+
+// Writes a line to standard output as UTF-8, at once.
+void PrintLine(const std::wstring& line);
+
+// Writes "PROGRAM: line" to standard error.
+void PrintError(const std::wstring& line);
+
+// The value of an environment variable; empty when it is not set.
+std::wstring Environment(const wchar_t* name);

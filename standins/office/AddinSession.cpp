@@ -1,0 +1,177 @@
+// An add-in's session.
+#include "standins/office/AddinSession.h"
+
+#include <objbase.h>
+#include <oleauto.h>
+
+#include <cstdio>
+#include <stdexcept>
+
+#include "src/base/Handles.h"
+#include "standins/common/Text.h"
+#include "standins/office/DynamicObject.h"
+
+using Microsoft::WRL::ComPtr;
+
+namespace {
+
+constexpr IID ribbonControlIid = {0x000C0395, 0x0000, 0x0000, {0xC0, 0x00, 0x00, 0x00, 0x00, 0x00, 0x00, 0x46}};
+
+// The ribbon that the add-in gets in its ribbon-loaded callback.
+class RibbonUi final : public DynamicObject<IRibbonUI> {
+public:
+    explicit RibbonUi(LONG* invalidations)
+        : DynamicObject<IRibbonUI>(L"RibbonUI", {IID_IRibbonUI}), invalidations_(invalidations) {}
+
+    HRESULT STDMETHODCALLTYPE Invalidate() override {
+        InterlockedIncrement(invalidations_);
+        return S_OK;
+    }
+    HRESULT STDMETHODCALLTYPE InvalidateControl(BSTR) override { return S_OK; }
+
+private:
+    LONG* invalidations_;
+};
+
+// The control that a callback is called for. Id is its first member, so it has DISPID 1.
+ComPtr<IDispatch> MakeControl(const std::wstring& id) {
+    const auto control = Adopt(new DynamicObject<>(L"RibbonControl " + id, {ribbonControlIid}));
+    control->members.AddProperty(L"Id", [id](VARIANT* result) { return GiveText(result, id); });
+    control->members.AddProperty(L"Context", [](VARIANT* result) { return GiveObject(result, nullptr); });
+    control->members.AddProperty(L"Tag", [](VARIANT* result) { return GiveText(result, L""); });
+    return control;
+}
+
+[[noreturn]] void Fail(const std::string& what, HRESULT result) {
+    char code[16];
+    snprintf(code, sizeof code, "0x%08lX", static_cast<ULONG>(result));
+    throw std::runtime_error(what + ": " + code);
+}
+
+void Check(HRESULT result, const std::string& what) {
+    if (FAILED(result)) Fail(what, result);
+}
+
+}  // namespace
+
+std::vector<std::wstring> FindStartupAddins(const std::wstring& host) {
+    constexpr DWORD loadAtStartup = 2;
+    std::vector<std::wstring> found;
+    const std::wstring path = L"SOFTWARE\\Microsoft\\Office\\" + host + L"\\Addins";
+    for (const HKEY root : {HKEY_CURRENT_USER, HKEY_LOCAL_MACHINE}) {
+        RegistryKey addins;
+        if (RegOpenKeyExW(root, path.c_str(), 0, KEY_READ, addins.Receive()) != ERROR_SUCCESS) continue;
+        wchar_t name[256];
+        for (DWORD i = 0;; ++i) {
+            DWORD length = ARRAYSIZE(name);
+            if (RegEnumKeyExW(addins.Get(), i, name, &length, nullptr, nullptr, nullptr, nullptr) != ERROR_SUCCESS) break;
+            DWORD behavior = 0;
+            DWORD size = sizeof behavior;
+            if (RegGetValueW(addins.Get(), name, L"LoadBehavior", RRF_RT_REG_DWORD, nullptr, &behavior, &size) ==
+                    ERROR_SUCCESS &&
+                (behavior & loadAtStartup)) {
+                found.emplace_back(name);
+            }
+        }
+    }
+    return found;
+}
+
+AddinSession::AddinSession(const std::wstring& progId, IDispatch* application, const std::wstring& ribbonId) {
+    CLSID clsid = {};
+    Check(CLSIDFromProgID(progId.c_str(), &clsid), "the add-in's class is not registered");
+    Check(CoCreateInstance(clsid, nullptr, CLSCTX_INPROC_SERVER, IID_IDTExtensibility2,
+                           reinterpret_cast<void**>(addin_.GetAddressOf())),
+          "the add-in cannot be created");
+
+    const auto addinEntry = MakeObject(L"COMAddIn");
+    SAFEARRAY* custom = nullptr;
+    const HRESULT connected = addin_->OnConnection(application, ext_cm_Startup, addinEntry.Get(), &custom);
+    if (FAILED(connected)) {
+        addin_->OnDisconnection(ext_dm_HostShutdown, &custom);
+        Fail("the add-in refused the connection", connected);
+    }
+    addin_->OnAddInsUpdate(&custom);
+
+    ComPtr<IRibbonExtensibility> extensibility;
+    Check(addin_->QueryInterface(IID_IRibbonExtensibility, reinterpret_cast<void**>(extensibility.GetAddressOf())),
+          "the add-in has no ribbon");
+    Check(addin_->QueryInterface(IID_IDispatch, reinterpret_cast<void**>(callbacks_.GetAddressOf())),
+          "the add-in has no callbacks");
+    const Bstr id(ribbonId);
+    Bstr markup;
+    Check(extensibility->GetCustomUI(id.Get(), markup.Receive()), "the add-in gave no ribbon markup");
+    markup_.assign(markup.Get(), SysStringLen(markup.Get()));
+    ribbon_ = ParseRibbon(markup_);
+
+    if (!ribbon_.onLoad.empty()) {
+        const ComPtr<IRibbonUI> ribbonUi = Adopt(new RibbonUi(&invalidations_));
+        VARIANT argument;
+        VariantInit(&argument);
+        argument.vt = VT_DISPATCH;
+        argument.pdispVal = ribbonUi.Get();
+        Check(Call(ribbon_.onLoad, &argument, 1).result, "the add-in refused the ribbon");
+    }
+    addin_->OnStartupComplete(&custom);
+}
+
+AddinSession::~AddinSession() {
+    SAFEARRAY* custom = nullptr;
+    addin_->OnBeginShutdown(&custom);
+    addin_->OnDisconnection(ext_dm_HostShutdown, &custom);
+}
+
+CallbackResult AddinSession::Call(const std::wstring& callback, VARIANT* arguments, UINT count) {
+    CallbackResult answer;
+    std::wstring name = callback;
+    LPOLESTR names = name.data();
+    DISPID dispid = DISPID_UNKNOWN;
+    answer.result = callbacks_->GetIDsOfNames(IID_NULL, &names, 1, LOCALE_USER_DEFAULT, &dispid);
+    if (FAILED(answer.result)) return answer;
+    DISPPARAMS params = {arguments, nullptr, count, 0};
+    OwnedVariant result;
+    answer.result = callbacks_->Invoke(dispid, IID_NULL, LOCALE_USER_DEFAULT, DISPATCH_METHOD, &params, &result, nullptr,
+                                       nullptr);
+    answer.pressed = result.vt == VT_BOOL && result.boolVal != VARIANT_FALSE;
+    return answer;
+}
+
+namespace {
+
+VARIANT ControlArgument(const ComPtr<IDispatch>& control) {
+    VARIANT argument;
+    VariantInit(&argument);
+    argument.vt = VT_DISPATCH;
+    argument.pdispVal = control.Get();
+    return argument;
+}
+
+}  // namespace
+
+CallbackResult AddinSession::Click(const RibbonElement& button) {
+    const ComPtr<IDispatch> control = MakeControl(button.id);
+    VARIANT argument = ControlArgument(control);
+    return Call(button.onAction, &argument, 1);
+}
+
+CallbackResult AddinSession::GetPressed(const RibbonElement& checkBox) {
+    const ComPtr<IDispatch> control = MakeControl(checkBox.id);
+    VARIANT argument = ControlArgument(control);
+    return Call(checkBox.getPressed, &argument, 1);
+}
+
+CallbackResult AddinSession::LoadImage(const RibbonElement& element) {
+    const ComPtr<IDispatch> control = MakeControl(element.id);
+    VARIANT argument = ControlArgument(control);
+    return Call(element.getImage, &argument, 1);
+}
+
+CallbackResult AddinSession::SetPressed(const RibbonElement& checkBox, bool pressed) {
+    const ComPtr<IDispatch> control = MakeControl(checkBox.id);
+    VARIANT arguments[2];
+    VariantInit(&arguments[0]);
+    arguments[0].vt = VT_BOOL;
+    arguments[0].boolVal = pressed ? VARIANT_TRUE : VARIANT_FALSE;
+    arguments[1] = ControlArgument(control);
+    return Call(checkBox.onAction, arguments, 2);
+}

@@ -1,0 +1,12 @@
+// Word's object model, as far as the add-in uses it: Application, Documents, Document, Window.
+#pragma once
+
+#include <windows.h>
+#include <oaidl.h>
+#include <wrl/client.h>
+
+#include <string>
+
+// Word's application with the document at `documentPath` open and active, or with none when the path is empty. `window`
+// is the application's main window. Exports are rendered by LibreOffice through the bridge.
+Microsoft::WRL::ComPtr<IDispatch> MakeWordApplication(const std::wstring& documentPath, HWND window);

@@ -1,0 +1,212 @@
+// The Office stand-in as a program: plays Word on a document, loads the add-ins that Office would load, and does on their
+// ribbon what the command line says.
+#include <windows.h>
+#include <objbase.h>
+#include <shellapi.h>
+
+#include <cstdio>
+#include <map>
+#include <optional>
+#include <stdexcept>
+
+#include "src/base/Handles.h"
+#include "standins/common/Text.h"
+#include "standins/office/AddinSession.h"
+#include "standins/office/DialogRobot.h"
+#include "standins/office/DynamicObject.h"
+#include "standins/office/WordModel.h"
+
+using Microsoft::WRL::ComPtr;
+
+namespace {
+
+constexpr wchar_t usage[] =
+    L"usage: office-standin.exe [--document FILE] [ACTION]...\n"
+    L"Plays Word with the document open and loads the add-ins that are registered for it.\n"
+    L"  --tick ID       ticks the check box\n"
+    L"  --untick ID     clears the check box\n"
+    L"  --click ID      presses the button\n"
+    L"  --save-as FILE  what the save dialog is answered with; without it the proposed name stands\n"
+    L"  --overwrite     an existing file may be replaced\n"
+    L"  --cancel        the save dialog is cancelled\n"
+    L"  --markup        prints the ribbon's markup\n"
+    L"  --ribbon        prints the ribbon as a list\n"
+    L"Actions are done in the order given. Exit codes: 0 done, 1 failed, 2 wrong usage, 3 an object was not released.";
+
+struct UsageError : std::runtime_error {
+    using std::runtime_error::runtime_error;
+};
+
+enum class ActionKind { Tick, Untick, Click, Markup, Ribbon };
+
+struct Action {
+    ActionKind kind;
+    std::wstring id;
+};
+
+struct Options {
+    std::wstring document;
+    SaveAnswer saveAnswer;
+    std::vector<Action> actions;
+};
+
+Options ParseOptions(const std::vector<std::wstring>& arguments) {
+    const std::map<std::wstring, ActionKind> actionsWithId = {
+        {L"--tick", ActionKind::Tick}, {L"--untick", ActionKind::Untick}, {L"--click", ActionKind::Click}};
+    Options options;
+    for (size_t i = 0; i < arguments.size(); ++i) {
+        const std::wstring& argument = arguments[i];
+        const auto value = [&]() -> const std::wstring& {
+            if (++i == arguments.size()) throw UsageError(Utf8(argument) + " needs a value");
+            return arguments[i];
+        };
+        if (const auto action = actionsWithId.find(argument); action != actionsWithId.end()) {
+            options.actions.push_back({action->second, value()});
+        } else if (argument == L"--document") {
+            options.document = value();
+        } else if (argument == L"--save-as") {
+            options.saveAnswer.path = value();
+        } else if (argument == L"--overwrite") {
+            options.saveAnswer.overwrite = true;
+        } else if (argument == L"--cancel") {
+            options.saveAnswer.cancel = true;
+        } else if (argument == L"--markup") {
+            options.actions.push_back({ActionKind::Markup, {}});
+        } else if (argument == L"--ribbon") {
+            options.actions.push_back({ActionKind::Ribbon, {}});
+        } else {
+            throw UsageError("unknown argument " + Utf8(argument));
+        }
+    }
+    return options;
+}
+
+// Word's main window; it is never shown.
+class MainWindow {
+public:
+    MainWindow() {
+        WNDCLASSW windowClass = {};
+        windowClass.lpfnWndProc = DefWindowProcW;
+        windowClass.hInstance = GetModuleHandleW(nullptr);
+        windowClass.lpszClassName = L"OpusApp";
+        RegisterClassW(&windowClass);
+        window_ = CreateWindowW(L"OpusApp", L"Word", WS_OVERLAPPEDWINDOW, 0, 0, 800, 600, nullptr, nullptr,
+                                windowClass.hInstance, nullptr);
+    }
+    MainWindow(const MainWindow&) = delete;
+    MainWindow& operator=(const MainWindow&) = delete;
+    ~MainWindow() { DestroyWindow(window_); }
+
+    HWND Get() const { return window_; }
+
+private:
+    HWND window_;
+};
+
+void PrintElements(AddinSession& session, const std::vector<RibbonElement>& elements, const std::wstring& indent) {
+    for (const RibbonElement& element : elements) {
+        std::wstring line = indent + element.kind + L" \"" + element.label + L"\"";
+        if (!element.getPressed.empty()) line += session.GetPressed(element).pressed ? L" [x]" : L" [ ]";
+        PrintLine(line + L"  " + element.id);
+        PrintElements(session, element.children, indent + L"  ");
+    }
+}
+
+// Asks for the state and the picture of everything, as Office does before it draws a ribbon.
+void DrawElements(AddinSession& session, const std::vector<RibbonElement>& elements) {
+    for (const RibbonElement& element : elements) {
+        if (!element.getPressed.empty()) session.GetPressed(element);
+        if (!element.getImage.empty()) session.LoadImage(element);
+        DrawElements(session, element.children);
+    }
+}
+
+const RibbonElement& ElementOf(const AddinSession& session, const Action& action, const wchar_t* kind) {
+    const RibbonElement* element = FindElement(session.GetRibbon(), action.id);
+    if (!element || element->kind != kind) {
+        throw std::runtime_error("the ribbon has no " + Utf8(kind) + " " + Utf8(action.id));
+    }
+    return *element;
+}
+
+void Expect(HRESULT result, const std::wstring& what) {
+    if (SUCCEEDED(result)) return;
+    char code[16];
+    snprintf(code, sizeof code, "0x%08lX", static_cast<ULONG>(result));
+    throw std::runtime_error(Utf8(what) + " failed: " + code);
+}
+
+void Do(AddinSession& session, const Action& action, const SaveAnswer& saveAnswer) {
+    switch (action.kind) {
+        case ActionKind::Tick:
+        case ActionKind::Untick: {
+            const RibbonElement& checkBox = ElementOf(session, action, L"checkBox");
+            const bool pressed = action.kind == ActionKind::Tick;
+            Expect(session.SetPressed(checkBox, pressed).result, action.id);
+            PrintLine((pressed ? L"ticked: " : L"cleared: ") + checkBox.label);
+            break;
+        }
+        case ActionKind::Click: {
+            const RibbonElement& button = ElementOf(session, action, L"button");
+            PrintLine(L"clicked: " + button.label);
+            const DialogRobot robot(saveAnswer);
+            Expect(session.Click(button).result, action.id);
+            for (const SeenDialog& dialog : robot.Seen()) {
+                PrintLine((dialog.isSaveDialog ? L"save dialog proposed: " : L"message: ") + dialog.text);
+            }
+            break;
+        }
+        case ActionKind::Markup: PrintLine(session.Markup()); break;
+        case ActionKind::Ribbon: PrintElements(session, session.GetRibbon().tabs, L""); break;
+    }
+}
+
+void Run(const Options& options) {
+    std::wstring document = options.document;
+    if (!document.empty()) {
+        wchar_t full[32768];
+        if (GetFullPathNameW(document.c_str(), ARRAYSIZE(full), full, nullptr) == 0 ||
+            GetFileAttributesW(full) == INVALID_FILE_ATTRIBUTES) {
+            throw std::runtime_error("no such document: " + Utf8(document));
+        }
+        document = full;
+    }
+    const MainWindow window;
+    const ComPtr<IDispatch> application = MakeWordApplication(document, window.Get());
+    const std::vector<std::wstring> addins = FindStartupAddins(L"Word");
+    if (addins.empty()) throw std::runtime_error("no add-in is registered for Word");
+    for (const std::wstring& progId : addins) {
+        AddinSession session(progId, application.Get(), L"Microsoft.Word.Document");
+        PrintLine(L"add-in loaded: " + progId);
+        DrawElements(session, session.GetRibbon().tabs);
+        for (const Action& action : options.actions) Do(session, action, options.saveAnswer);
+    }
+}
+
+int ReportLiveObjects() {
+    const std::vector<std::wstring> live = LiveObjects::List();
+    for (const std::wstring& object : live) PrintError(L"never released: " + object);
+    return live.empty() ? 0 : 3;
+}
+
+}  // namespace
+
+int main() {
+    int count = 0;
+    LocalMemory<wchar_t*> arguments;
+    *arguments.Receive() = CommandLineToArgvW(GetCommandLineW(), &count);
+    try {
+        const Options options = ParseOptions({arguments.Get() + 1, arguments.Get() + count});
+        CoInitializeEx(nullptr, COINIT_APARTMENTTHREADED);
+        Run(options);
+        CoUninitialize();
+        return ReportLiveObjects();
+    } catch (const UsageError& error) {
+        PrintError(Wide(error.what()));
+        PrintLine(usage);
+        return 2;
+    } catch (const std::exception& error) {
+        PrintError(Wide(error.what()));
+        return 1;
+    }
+}
