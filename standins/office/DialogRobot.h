@@ -11,7 +11,7 @@
 // What to do with save dialogs. Message boxes are noted and closed with their default answer.
 struct SaveAnswer {
     bool cancel = false;
-    std::wstring path;       // what is typed; empty: the proposed name as it stands
+    std::wstring path = {};  // what is typed; empty: the proposed name as it stands
     bool overwrite = false;  // whether a question about an existing file is answered with yes; no also cancels the dialog
 };
 

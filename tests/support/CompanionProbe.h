@@ -1,0 +1,55 @@
+// A companion application for tests: a program that notes how it was started.
+#pragma once
+
+#include <windows.h>
+
+#include <filesystem>
+#include <string>
+
+#include "standins/common/Text.h"
+#include "tests/support/Files.h"
+#include "tests/support/Registry.h"
+
+// Installed for the current user from construction to destruction.
+class CompanionProbe {
+public:
+    explicit CompanionProbe(DWORD exitCode = 0) {
+        wchar_t self[MAX_PATH];
+        GetModuleFileNameW(nullptr, self, MAX_PATH);
+        const auto probe = std::filesystem::path(self).parent_path() / L"companion_probe.exe";
+        std::filesystem::copy_file(probe, Executable());
+        SetEnvironmentVariableW(L"ZAVO_PROBE_LOG", Log().c_str());
+        SetEnvironmentVariableW(L"ZAVO_PROBE_EXIT", std::to_wstring(exitCode).c_str());
+        CompanionKeys::Set(HKEY_CURRENT_USER, L"SOFTWARE\\ZAVO", folder_.Path());
+    }
+
+    void Uninstall() const { RegDeleteTreeW(HKEY_CURRENT_USER, L"SOFTWARE\\ZAVO"); }
+
+    std::wstring Executable() const { return folder_.Path(L"ZAVO.exe"); }
+
+    // What followed the program's name, which is taken with or without quotation marks; waits for the start.
+    std::wstring WaitForParameters() const {
+        std::wstring line = Wide(WaitForFileText(Log()));
+        if (!line.empty()) line.pop_back();
+        for (const std::wstring& name : {L"\"" + Executable() + L"\"", Executable()}) {
+            if (line.starts_with(name)) return line.substr(name.size());
+        }
+        return line;
+    }
+
+    // The whole command line of a companion that has ended.
+    std::wstring CommandLine() const {
+        std::wstring line = Wide(ReadFileText(Log()));
+        if (!line.empty()) line.pop_back();
+        return line;
+    }
+
+    // Whether one was started; waits long enough for one to have shown itself.
+    bool WasStarted() const { return !WaitForFileText(Log(), 300).empty(); }
+
+private:
+    std::wstring Log() const { return folder_.Path(L"log.txt"); }
+
+    const TemporaryFolder folder_;
+    const CompanionKeys keys_;
+};

@@ -1,0 +1,39 @@
+// A ribbon that counts its references, for tests.
+#pragma once
+
+#include "src/addin/OfficeInterfaces.h"
+
+// Lives on a test's stack. Starts with one reference, the test's own.
+class ScriptedRibbon final : public IRibbonUI {
+public:
+    ScriptedRibbon() = default;
+    ScriptedRibbon(const ScriptedRibbon&) = delete;
+    ScriptedRibbon& operator=(const ScriptedRibbon&) = delete;
+
+    HRESULT queryResult = S_OK;   // what a query for IRibbonUI answers
+    bool queryGivesNull = false;  // whether a successful one gives null
+
+    HRESULT STDMETHODCALLTYPE QueryInterface(REFIID riid, void** ppv) override {
+        *ppv = nullptr;
+        if (riid != IID_IRibbonUI) return E_NOINTERFACE;
+        if (FAILED(queryResult) || queryGivesNull) return queryResult;
+        *ppv = static_cast<IRibbonUI*>(this);
+        AddRef();
+        return S_OK;
+    }
+    ULONG STDMETHODCALLTYPE AddRef() override { return InterlockedIncrement(&references_); }
+    ULONG STDMETHODCALLTYPE Release() override { return InterlockedDecrement(&references_); }
+    HRESULT STDMETHODCALLTYPE GetTypeInfoCount(UINT*) override { return E_NOTIMPL; }
+    HRESULT STDMETHODCALLTYPE GetTypeInfo(UINT, LCID, ITypeInfo**) override { return E_NOTIMPL; }
+    HRESULT STDMETHODCALLTYPE GetIDsOfNames(REFIID, LPOLESTR*, UINT, LCID, DISPID*) override { return E_NOTIMPL; }
+    HRESULT STDMETHODCALLTYPE Invoke(DISPID, REFIID, LCID, WORD, DISPPARAMS*, VARIANT*, EXCEPINFO*, UINT*) override {
+        return E_NOTIMPL;
+    }
+    HRESULT STDMETHODCALLTYPE Invalidate() override { return S_OK; }
+    HRESULT STDMETHODCALLTYPE InvalidateControl(BSTR) override { return S_OK; }
+
+    ULONG References() const { return references_; }
+
+private:
+    ULONG references_ = 1;
+};

@@ -1,0 +1,95 @@
+#include "src/export/OwnerWindow.h"
+
+#include <gtest/gtest.h>
+
+#include "tests/support/ScriptedDispatch.h"
+
+namespace {
+
+// A window of a given class in the foreground.
+class ForegroundWindow {
+public:
+    explicit ForegroundWindow(const wchar_t* className) {
+        WNDCLASSW windowClass = {};
+        windowClass.lpfnWndProc = DefWindowProcW;
+        windowClass.lpszClassName = className;
+        RegisterClassW(&windowClass);
+        window_ = CreateWindowW(className, L"", WS_OVERLAPPEDWINDOW | WS_VISIBLE, 0, 0, 100, 100, nullptr, nullptr,
+                                nullptr, nullptr);
+        SetForegroundWindow(window_);
+    }
+    ForegroundWindow(const ForegroundWindow&) = delete;
+    ForegroundWindow& operator=(const ForegroundWindow&) = delete;
+    ~ForegroundWindow() { DestroyWindow(window_); }
+
+    HWND Get() const { return window_; }
+
+private:
+    HWND window_;
+};
+
+AddinState StateOf(Host host, IDispatch* application) {
+    AddinState state;
+    state.host = host;
+    state.application = application;
+    return state;
+}
+
+}  // namespace
+
+TEST(OwnerWindow, NoApplicationHasNone) {
+    for (const Host host : {HostWord, HostExcel, HostPowerPoint, HostOutlook, HostUnknown}) {
+        EXPECT_EQ(GetOwnerWindow(StateOf(host, nullptr)), nullptr) << host;
+    }
+}
+
+TEST(OwnerWindow, WordAndExcelGiveTheActiveWindowsHandle) {
+    for (const Host host : {HostWord, HostExcel, HostUnknown}) {
+        ScriptedDispatch window;
+        window.GiveNumber(L"hwnd", 0x1234);
+        ScriptedDispatch application;
+        application.GiveObject(L"ActiveWindow", &window);
+        EXPECT_EQ(GetOwnerWindow(StateOf(host, &application)), reinterpret_cast<HWND>(LONG_PTR{0x1234})) << host;
+        EXPECT_EQ(window.References(), 1U);
+    }
+}
+
+TEST(OwnerWindow, EveryFailureOnTheWayGivesNone) {
+    ScriptedDispatch noWindow;
+    EXPECT_EQ(GetOwnerWindow(StateOf(HostWord, &noWindow)), nullptr);
+
+    ScriptedDispatch wrongType;
+    wrongType.GiveNumber(L"ActiveWindow", 5);
+    EXPECT_EQ(GetOwnerWindow(StateOf(HostWord, &wrongType)), nullptr);
+
+    for (const VARTYPE type : {VARTYPE{VT_I8}, VARTYPE{VT_BSTR}, VARTYPE{VT_EMPTY}}) {
+        ScriptedDispatch window;
+        window.GiveType(L"hwnd", type);
+        ScriptedDispatch application;
+        application.GiveObject(L"ActiveWindow", &window);
+        EXPECT_EQ(GetOwnerWindow(StateOf(HostWord, &application)), nullptr) << type;
+    }
+}
+
+TEST(OwnerWindow, PowerPointsOwnerIsTheForegroundWindowOfItsFrameClassOnly) {
+    ScriptedDispatch application;
+    {
+        const ForegroundWindow frame(L"PPTFrameClass");
+        EXPECT_EQ(GetOwnerWindow(StateOf(HostPowerPoint, &application)), frame.Get());
+        EXPECT_EQ(GetOwnerWindow(StateOf(HostOutlook, &application)), nullptr);
+    }
+    const ForegroundWindow other(L"PPTFrameClass2");
+    EXPECT_EQ(GetOwnerWindow(StateOf(HostPowerPoint, &application)), nullptr);
+    EXPECT_TRUE(application.lookups.empty());
+}
+
+TEST(OwnerWindow, OutlooksOwnerIsTheForegroundWindowOfItsFrameClassOnly) {
+    ScriptedDispatch application;
+    {
+        const ForegroundWindow frame(L"rctrl_renwnd32");
+        EXPECT_EQ(GetOwnerWindow(StateOf(HostOutlook, &application)), frame.Get());
+        EXPECT_EQ(GetOwnerWindow(StateOf(HostPowerPoint, &application)), nullptr);
+    }
+    const ForegroundWindow other(L"OpusApp");
+    EXPECT_EQ(GetOwnerWindow(StateOf(HostOutlook, &application)), nullptr);
+}

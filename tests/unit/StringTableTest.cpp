@@ -1,0 +1,98 @@
+#include "src/ui/StringTable.h"
+
+#include <gtest/gtest.h>
+
+namespace {
+
+constexpr LONG languageCount = 12;
+
+UiLanguage Language(LONG number) { return static_cast<UiLanguage>(number); }
+
+std::wstring Text(std::wstring_view key, LONG language) {
+    return LocalizeFor(GetLocalizedStringTable(), key, Language(language));
+}
+
+}  // namespace
+
+TEST(StringTable, FortyRowsMakeThirtyNineKeysWithTwelveTextsEach) {
+    const LocalizedStringTable& table = GetLocalizedStringTable();
+    EXPECT_EQ(table.size(), 39U);
+    for (const auto& [key, texts] : table) {
+        EXPECT_EQ(texts.size(), 12U);
+        for (const auto& [language, text] : texts) EXPECT_FALSE(text.empty());
+    }
+}
+
+TEST(StringTable, TableIsBuiltOnce) { EXPECT_EQ(&GetLocalizedStringTable(), &GetLocalizedStringTable()); }
+
+TEST(StringTable, KeyOfTheRibbonTabIsItsOwnTextInEveryLanguage) {
+    for (LONG language = 0; language < languageCount; ++language) EXPECT_EQ(Text(L"ZAVO", language), L"ZAVO");
+}
+
+TEST(StringTable, KeysAreExact) {
+    EXPECT_EQ(Text(L"Create PDF", 2), L"PDF erstellen");
+    EXPECT_EQ(Text(L"create pdf", 2), L"create pdf");
+    EXPECT_EQ(Text(L"Create PDF ", 2), L"Create PDF ");
+    EXPECT_EQ(Text(L"", 2), L"");
+}
+
+TEST(StringTable, OneTextPerLanguageStandsInItsColumn) {
+    const wchar_t* texts[languageCount] = {L"打开PDF", L"Open PDF", L"PDF öffnen", L"Ouvrir PDF", L"Apri PDF",
+                                           L"PDFを開く", L"Abrir PDF", L"Abrir PDF", L"打開PDF", L"Открыть PDF",
+                                           L"PDF openen", L"PDF 열기"};
+    for (LONG language = 0; language < languageCount; ++language) {
+        EXPECT_EQ(Text(L"Open PDF", language), texts[language]) << language;
+    }
+}
+
+TEST(StringTable, TextsThatLookLikeSlipsAreKept) {
+    const struct {
+        const wchar_t* key;
+        LONG language;
+        const wchar_t* text;
+    } rows[] = {
+        {L"Create", 9, L"Объединение PDF"},
+        {L"Combine", 9, L"Объединение PDF"},
+        {L"Batch OCR", 8, L"yb!k "},
+        {L"Batch Convert", 8, L"yb!k "},
+        {L"Batch Print", 8, L"yb!k "},
+        {L"Batch Create", 8, L"yb!k "},
+        {L"Generate separate PDF files for each email in the currently selected folder", 0, L":NS_MR"},
+        {L"Portfolio", 0, L"??"},
+        {L"Portfolio", 1, L"Portfolio"},
+        {L"Portfolio", 10, L"Portfolio"},
+        {L"ZAVO Add-in", 0, L"ZAVO 插件"},
+        {L"ZAVO Add-in", 8, L"ZAVO 插件"},
+        {L"Create PDF", 11, L"PDF 생성"},
+        {L"Convert the current document to PDF and add it as an attachment to the email", 0, L"将当前文档转换为PDF"},
+    };
+    for (const auto& row : rows) EXPECT_EQ(Text(row.key, row.language), row.text) << row.language;
+}
+
+TEST(StringTable, ShortKeysHaveAnEnglishTextOfTheirOwn) {
+    EXPECT_EQ(Text(L"OCR", 1), L"OCR Recognition");
+    EXPECT_EQ(Text(L"Batch Create", 1), L"Batch PDF Creation");
+}
+
+TEST(StringTable, MissingLanguageFallsBackToEnglishThenToTheKey) {
+    const LocalizedStringTable table = {
+        {L"both", {{UiLanguage::English, L"in English"}, {UiLanguage::German, L"auf Deutsch"}}},
+        {L"german only", {{UiLanguage::German, L"auf Deutsch"}}},
+    };
+    EXPECT_EQ(LocalizeFor(table, L"both", UiLanguage::German), L"auf Deutsch");
+    EXPECT_EQ(LocalizeFor(table, L"both", UiLanguage::Dutch), L"in English");
+    EXPECT_EQ(LocalizeFor(table, L"german only", UiLanguage::Dutch), L"german only");
+}
+
+TEST(StringTable, LookupTakesTheLanguageOfWindows) {
+    EXPECT_EQ(Localize(GetLocalizedStringTable(), L"Open PDF"),
+              LocalizeFor(GetLocalizedStringTable(), L"Open PDF", DetectUiLanguage()));
+}
+
+TEST(StringTable, NoTextHoldsACharacterThatMarkupForbids) {
+    for (const auto& [key, texts] : GetLocalizedStringTable()) {
+        for (const auto& [language, text] : texts) {
+            EXPECT_EQ(text.find_first_of(L"\"&<\r\n"), std::wstring_view::npos) << static_cast<LONG>(language);
+        }
+    }
+}
