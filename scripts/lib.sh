@@ -59,6 +59,7 @@ need_packages() {
 wine_environment() {
     export WINEARCH=win64 WINEDEBUG=${WINEDEBUG:--all} WINEDLLOVERRIDES="mscoree,mshtml=;winedbg.exe=d;mapi32=n,b"
     export LC_ALL='' LANG=C.UTF-8
+    export OANOCACHE=1  # freed texts are freed at once, so that tests can count them
     unset DISPLAY LC_MESSAGES
 }
 

@@ -40,18 +40,23 @@ inline void ListRegistry(HKEY root, const std::wstring& subkey, std::map<std::ws
     if (RegOpenKeyExW(root, subkey.c_str(), 0, KEY_READ, &key) != ERROR_SUCCESS) return;
     found[subkey + L"|key"] = L"";
     wchar_t name[1024];
+    std::vector<BYTE> data(1 << 16);
     for (DWORD i = 0;; ++i) {
         DWORD length = ARRAYSIZE(name);
         DWORD type = 0;
-        DWORD size = 0;
-        if (RegEnumValueW(key, i, name, &length, nullptr, &type, nullptr, &size) != ERROR_SUCCESS) break;
-        std::vector<BYTE> data(size);
-        RegQueryValueExW(key, name, nullptr, nullptr, data.data(), &size);
+        auto size = static_cast<DWORD>(data.size());
+        const LONG result = RegEnumValueW(key, i, name, &length, nullptr, &type, data.data(), &size);
+        if (result == ERROR_MORE_DATA) {
+            data.resize(data.size() * 2);
+            --i;
+            continue;
+        }
+        if (result != ERROR_SUCCESS) break;
         std::wstring text = std::to_wstring(type) + L":";
-        for (const BYTE octet : data) {
+        for (DWORD k = 0; k < size; ++k) {
             constexpr wchar_t digits[] = L"0123456789abcdef";
-            text += digits[octet >> 4];
-            text += digits[octet & 15];
+            text += digits[data[k] >> 4];
+            text += digits[data[k] & 15];
         }
         found[subkey + L"|" + name] = text;
     }

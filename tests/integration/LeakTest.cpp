@@ -1,0 +1,233 @@
+// What the add-in allocates it frees, on good paths and on every path that a failed allocation opens. This program counts
+// its C++ allocations, lets one of them fail, and counts COM's allocations and its own kernel handles.
+#include <gtest/gtest.h>
+#include <objbase.h>
+
+#include <atomic>
+
+#include "src/addin/OfficeAddin.h"
+#include "src/export/Companion.h"
+#include "src/export/ExportToPdf.h"
+#include "src/export/OwnerWindow.h"
+#include "tests/support/CountedAllocations.h"
+#include "tests/support/Registry.h"
+
+namespace {
+
+// Counts the allocations of COM's task allocator, BSTRs among them.
+class ComAllocations final : public IMallocSpy {
+public:
+    ComAllocations() { EXPECT_EQ(CoRegisterMallocSpy(this), S_OK); }
+    ComAllocations(const ComAllocations&) = delete;
+    ComAllocations& operator=(const ComAllocations&) = delete;
+    ~ComAllocations() { CoRevokeMallocSpy(); }
+
+    long Live() const { return live_; }
+
+    HRESULT STDMETHODCALLTYPE QueryInterface(REFIID riid, void** ppv) override {
+        *ppv = riid == IID_IUnknown || riid == IID_IMallocSpy ? this : nullptr;
+        return *ppv ? S_OK : E_NOINTERFACE;
+    }
+    ULONG STDMETHODCALLTYPE AddRef() override { return 2; }
+    ULONG STDMETHODCALLTYPE Release() override { return 1; }
+    SIZE_T STDMETHODCALLTYPE PreAlloc(SIZE_T size) override { return size; }
+    void* STDMETHODCALLTYPE PostAlloc(void* block) override {
+        if (block) ++live_;
+        return block;
+    }
+    void* STDMETHODCALLTYPE PreFree(void* block, BOOL spied) override {
+        if (block && spied) --live_;
+        return block;
+    }
+    void STDMETHODCALLTYPE PostFree(BOOL) override {}
+    SIZE_T STDMETHODCALLTYPE PreRealloc(void* block, SIZE_T size, void** newBlock, BOOL) override {
+        *newBlock = block;
+        return size;
+    }
+    void* STDMETHODCALLTYPE PostRealloc(void* block, BOOL) override { return block; }
+    void* STDMETHODCALLTYPE PreGetSize(void* block, BOOL) override { return block; }
+    SIZE_T STDMETHODCALLTYPE PostGetSize(SIZE_T size, BOOL) override { return size; }
+    void* STDMETHODCALLTYPE PreDidAlloc(void* block, BOOL) override { return block; }
+    int STDMETHODCALLTYPE PostDidAlloc(void*, BOOL, int allocated) override { return allocated; }
+    void STDMETHODCALLTYPE PreHeapMinimize() override {}
+    void STDMETHODCALLTYPE PostHeapMinimize() override {}
+
+private:
+    std::atomic<long> live_ = 0;
+};
+
+// The kernel handles that this process has open.
+size_t OpenHandles() {
+    struct Entry {
+        void* object;
+        ULONG_PTR process;
+        ULONG_PTR handle;
+        ULONG access;
+        USHORT creatorIndex;
+        USHORT typeIndex;
+        ULONG attributes;
+        ULONG reserved;
+    };
+    struct Table {
+        ULONG_PTR count;
+        ULONG_PTR reserved;
+        Entry entries[1];
+    };
+    using Query = LONG(NTAPI*)(ULONG, void*, ULONG, ULONG*);
+    constexpr ULONG extendedHandleInformation = 64;
+    constexpr auto lengthMismatch = static_cast<LONG>(0xC0000004);
+    const auto query = reinterpret_cast<Query>(
+        reinterpret_cast<void*>(GetProcAddress(GetModuleHandleW(L"ntdll.dll"), "NtQuerySystemInformation")));
+    std::vector<BYTE> buffer(1 << 20);
+    ULONG size = 0;
+    while (query(extendedHandleInformation, buffer.data(), static_cast<ULONG>(buffer.size()), &size) ==
+           lengthMismatch) {
+        buffer.resize(buffer.size() * 2);
+    }
+    const auto* table = reinterpret_cast<const Table*>(buffer.data());
+    size_t own = 0;
+    for (ULONG_PTR i = 0; i < table->count; ++i) own += table->entries[i].process == GetCurrentProcessId() ? 1 : 0;
+    return own;
+}
+
+// Word in one object that allocates nothing through C++: application, document, window and control at once.
+class EverythingObject final : public IDispatch {
+public:
+    EverythingObject() = default;
+    EverythingObject(const EverythingObject&) = delete;
+    EverythingObject& operator=(const EverythingObject&) = delete;
+
+    const wchar_t* id = L"";
+    ULONG references = 1;
+
+    HRESULT STDMETHODCALLTYPE QueryInterface(REFIID, void** ppv) override {
+        *ppv = nullptr;
+        return E_NOINTERFACE;
+    }
+    ULONG STDMETHODCALLTYPE AddRef() override { return ++references; }
+    ULONG STDMETHODCALLTYPE Release() override { return --references; }
+    HRESULT STDMETHODCALLTYPE GetTypeInfoCount(UINT*) override { return E_NOTIMPL; }
+    HRESULT STDMETHODCALLTYPE GetTypeInfo(UINT, LCID, ITypeInfo**) override { return E_NOTIMPL; }
+    HRESULT STDMETHODCALLTYPE GetIDsOfNames(REFIID, LPOLESTR* names, UINT, LCID, DISPID* dispids) override {
+        constexpr const wchar_t* known[] = {L"Documents", L"ActiveWindow", L"hwnd",
+                                            L"ActiveDocument", L"FullName", L"ExportAsFixedFormat"};
+        for (size_t i = 0; i < std::size(known); ++i) {
+            if (wcscmp(known[i], names[0]) == 0) {
+                *dispids = static_cast<DISPID>(10 + i);
+                return S_OK;
+            }
+        }
+        return DISP_E_UNKNOWNNAME;
+    }
+    HRESULT STDMETHODCALLTYPE Invoke(DISPID dispid, REFIID, LCID, WORD, DISPPARAMS*, VARIANT* result, EXCEPINFO*,
+                                     UINT*) override {
+        switch (dispid) {
+            case 1:
+            case 14:
+            case 15:
+                result->vt = VT_BSTR;
+                result->bstrVal = SysAllocString(dispid == 1 ? id : L"C:\\Work\\Plan.docx");
+                return S_OK;
+            case 12:
+                result->vt = VT_I4;
+                result->lVal = 0;
+                return S_OK;
+            default:
+                result->vt = VT_DISPATCH;
+                result->pdispVal = this;
+                AddRef();
+                return S_OK;
+        }
+    }
+};
+
+// Everything that a session does but for the save dialog, which is the system's. Every answer must be an HRESULT.
+void RunSession(EverythingObject& word) {
+    ZOfficeAddin* addin = nullptr;
+    try {
+        addin = new ZOfficeAddin;
+    } catch (const std::bad_alloc&) {
+        return;  // the class factory's barrier answers this
+    }
+    addin->OnConnection(&word, ext_cm_Startup, nullptr, nullptr);
+    BSTR markup = nullptr;
+    const HRESULT given = addin->GetCustomUI(nullptr, &markup);
+    EXPECT_EQ(markup != nullptr, given == S_OK);
+    SysFreeString(markup);
+    wchar_t name[] = L"GetCheckBoxState";
+    LPOLESTR names = name;
+    DISPID dispid = 0;
+    addin->GetIDsOfNames(IID_NULL, &names, 1, 0, &dispid);
+    for (const wchar_t* id : {L"CheckBox_ID_PDFA", L"BUTTON_ID_CREATE", L"Menu_ID_Open"}) {
+        word.id = id;
+        VARIANT arguments[2] = {};
+        arguments[0].vt = VT_BOOL;
+        arguments[1].vt = VT_DISPATCH;
+        arguments[1].pdispVal = &word;
+        DISPPARAMS both = {arguments, nullptr, 2, 0};
+        DISPPARAMS control = {&arguments[1], nullptr, 1, 0};
+        VARIANT result = {};
+        addin->Invoke(1004, IID_NULL, 0, 0, &control, &result, nullptr, nullptr);
+        addin->Invoke(1005, IID_NULL, 0, 0, &both, nullptr, nullptr, nullptr);
+        if (id[0] == L'M') addin->Invoke(1002, IID_NULL, 0, 0, &control, nullptr, nullptr, nullptr);
+    }
+    try {
+        GetOwnerWindow(addin->state);
+        ExportAsPdf(addin->state, &word, L"C:\\Out\\a.pdf");
+        FindCompanionExecutable();
+    } catch (const std::bad_alloc&) {
+        // A click's barrier stands above these.
+    }
+    addin->OnDisconnection(ext_dm_HostShutdown, nullptr);
+    EXPECT_EQ(addin->Release(), 0U);
+}
+
+}  // namespace
+
+TEST(Leaks, SessionsLeaveNoMemoryReferenceOrHandleBehind) {
+    ComAllocations com;
+    EverythingObject word;
+    RunSession(word);  // builds what is built once
+    const long blocks = liveBlocks;
+    const long comBlocks = com.Live();
+    const size_t handles = OpenHandles();
+    for (int i = 0; i < 100; ++i) RunSession(word);
+    EXPECT_EQ(liveBlocks, blocks);
+    EXPECT_EQ(com.Live(), comBlocks);
+    EXPECT_EQ(OpenHandles(), handles);
+    EXPECT_EQ(word.references, 1U);
+}
+
+TEST(Leaks, EveryFailedAllocationEndsInAnAnswerAndLeavesNothingBehind) {
+    ComAllocations com;
+    EverythingObject word;
+    RunSession(word);
+    const long blocks = liveBlocks;
+    const long comBlocks = com.Live();
+    int failures = 0;
+    for (long n = 0;; ++n) {
+        allocationsUntilFailure = n;
+        RunSession(word);
+        const bool failed = allocationsUntilFailure < 0;
+        allocationsUntilFailure = -1;
+        ASSERT_EQ(liveBlocks, blocks) << "allocation " << n;
+        ASSERT_EQ(com.Live(), comBlocks) << "allocation " << n;
+        ASSERT_EQ(word.references, 1U) << "allocation " << n;
+        if (!failed) break;
+        ++failures;
+    }
+    EXPECT_GT(failures, 20);
+}
+
+TEST(Leaks, TableOfTextsIsBuiltAgainAfterAFailedAllocation) {
+    EverythingObject word;
+    auto* addin = new ZOfficeAddin;
+    BSTR markup = nullptr;
+    allocationsUntilFailure = 30;
+    EXPECT_EQ(addin->GetCustomUI(nullptr, &markup), E_OUTOFMEMORY);
+    allocationsUntilFailure = -1;
+    EXPECT_EQ(markup, nullptr);
+    EXPECT_EQ(addin->GetCustomUI(nullptr, &markup), S_OK);
+    SysFreeString(markup);
+    addin->Release();
+}

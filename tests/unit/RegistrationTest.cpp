@@ -1,0 +1,26 @@
+#include "src/addin/Registration.h"
+
+#include <gtest/gtest.h>
+
+#include "tests/support/Registry.h"
+
+namespace {
+
+bool ClassIsRegistered() {
+    std::map<std::wstring, std::wstring> found;
+    ListRegistry(HKEY_LOCAL_MACHINE, L"Software\\Classes\\CLSID\\{6C1E2F4A-9B3D-4E7A-8C5F-2A9D7B1E3F60}", found);
+    return !found.empty();
+}
+
+}  // namespace
+
+TEST(Registration, WithoutAModuleNothingIsWritten) {
+    EXPECT_EQ(RegisterAddin(nullptr), S_FALSE);
+    EXPECT_FALSE(ClassIsRegistered());
+}
+
+TEST(Registration, ModuleWithoutAPathAnswersTheSystemsError) {
+    EXPECT_EQ(RegisterAddin(reinterpret_cast<HINSTANCE>(uintptr_t{0x7FFF0000})),
+              HRESULT_FROM_WIN32(ERROR_MOD_NOT_FOUND));
+    EXPECT_FALSE(ClassIsRegistered());
+}
