@@ -1,5 +1,6 @@
-// The PDF engine's interface: sixteen functions of ZavoKit.dll. This header and ZavoKit.def are their only declarations,
-// for the engine and for its users. An engine of another make that exports the same names can take its place.
+// The PDF engine's interface: sixteen functions of ZavoKit.dll. This header and ZavoKit.def are their only
+// declarations, for the engine and for its users. An engine of another make that exports the same names can take its
+// place.
 //
 // All texts are zero-terminated: UTF-16 where the type is wchar_t, the engine's narrow encoding (UTF-8) for passwords.
 // Handles are opaque; a null handle means failure and every function accepts it without effect. The engine is

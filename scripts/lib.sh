@@ -45,7 +45,8 @@ need_packages() {
     local log=$ZAVO_CACHE/install.log
     mkdir -p "$ZAVO_CACHE"
     if ! { "${as_root[@]}" apt-get update &&
-        "${as_root[@]}" env DEBIAN_FRONTEND=noninteractive apt-get install -y --no-install-recommends "${missing[@]}"; } \
+        "${as_root[@]}" env DEBIAN_FRONTEND=noninteractive \
+            apt-get install -y --no-install-recommends "${missing[@]}"; } \
         >"$log" 2>&1 </dev/null; then
         tail -n 5 "$log" >&2
         fail "installing ${missing[*]} failed, see $log"
@@ -135,7 +136,8 @@ wine_stop() {
 # Starts the helper through which the stand-ins reach LibreOffice and sets ZAVO_BRIDGE_PORT, which they read.
 bridge_start() {
     local port_file=$ZAVO_RUN/bridge.port log=$ZAVO_RUN/bridge.log tries
-    /usr/bin/python3 "$ZAVO_ROOT/standins/bridge/bridge.py" "$port_file" "$ZAVO_RUN/libreoffice" </dev/null >"$log" 2>&1 &
+    /usr/bin/python3 "$ZAVO_ROOT/standins/bridge/bridge.py" "$port_file" "$ZAVO_RUN/libreoffice" \
+        </dev/null >"$log" 2>&1 &
     ZAVO_BRIDGE_PID=$!
     for ((tries = 0; tries < 600; ++tries)); do
         if [[ -s $port_file ]]; then

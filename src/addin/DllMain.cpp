@@ -18,8 +18,7 @@ extern "C" BOOL WINAPI DllMain(HINSTANCE instance, DWORD reason, LPVOID) {
             CoUninitialize();
             PDF_DestroyLibrary();
             break;
-        default:
-            break;
+        default: break;
     }
     return TRUE;  // a COM or engine that is not to be had never keeps the add-in from loading
 }

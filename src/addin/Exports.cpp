@@ -30,6 +30,10 @@ STDAPI DllCanUnloadNow() {
     });
 }
 
-STDAPI DllRegisterServer() { return Barrier([] { return RegisterAddin(moduleState.handle); }); }
+STDAPI DllRegisterServer() {
+    return Barrier([] { return RegisterAddin(moduleState.handle); });
+}
 
-STDAPI DllUnregisterServer() { return Barrier([] { return UnregisterAddin(); }); }
+STDAPI DllUnregisterServer() {
+    return Barrier([] { return UnregisterAddin(); });
+}

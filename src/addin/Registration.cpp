@@ -77,11 +77,8 @@ HRESULT RegisterAddin(HINSTANCE instance) {
 HRESULT UnregisterAddin() {
     const RegistryValueSpec rows[] = {
         {HKEY_LOCAL_MACHINE, classKey},  // takes InProcServer32 and ProgID with it
-        {HKEY_CLASSES_ROOT, progIdKey},
-        {HKEY_LOCAL_MACHINE, wordKey},
-        {HKEY_LOCAL_MACHINE, excelKey},
-        {HKEY_LOCAL_MACHINE, powerPointKey},
-        {HKEY_LOCAL_MACHINE, outlookKey},
+        {HKEY_CLASSES_ROOT, progIdKey},      {HKEY_LOCAL_MACHINE, wordKey},    {HKEY_LOCAL_MACHINE, excelKey},
+        {HKEY_LOCAL_MACHINE, powerPointKey}, {HKEY_LOCAL_MACHINE, outlookKey},
     };
     HRESULT result = S_OK;
     for (const RegistryValueSpec& row : rows) {

@@ -27,8 +27,8 @@ using AutomationArgsHandle = std::unique_ptr<AutomationArgs, AutomationArgsRelea
 AutomationArgsHandle MakeAutomationArgs(UINT count);
 
 VARIANT MakeVariantInt(LONG value);
-VARIANT MakeVariantBool(VARIANT_BOOL value);       // the value as it is: which one stands for true is the caller's affair
-VARIANT MakeVariantString(const wchar_t* text);    // a new BSTR; the caller clears it
+VARIANT MakeVariantBool(VARIANT_BOOL value);     // the value as it is: which one stands for true is the caller's affair
+VARIANT MakeVariantString(const wchar_t* text);  // a new BSTR; the caller clears it
 
 void InitVariant(VARIANT* v);
 void ClearVariant(VARIANT* v);

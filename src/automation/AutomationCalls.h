@@ -32,8 +32,8 @@ HRESULT AutomationCallMethod1(IDispatch* disp, std::wstring_view name, VARIANT* 
 template <typename Fill>
 HRESULT AutomationCallLongMethod(IDispatch* disp, std::wstring_view name, UINT count, Fill&& fill);
 
-// What a result counts as: an object only as a non-null VT_DISPATCH, a text only as a non-null VT_BSTR, a number only as
-// VT_I4. `TakeObject` moves the reference out of the result.
+// What a result counts as: an object only as a non-null VT_DISPATCH, a text only as a non-null VT_BSTR, a number only
+// as VT_I4. `TakeObject` moves the reference out of the result.
 Microsoft::WRL::ComPtr<IDispatch> TakeObject(VARIANT& result);
 std::optional<std::wstring> TextOf(const VARIANT& result);
 std::optional<LONG> NumberOf(const VARIANT& result);

@@ -22,6 +22,6 @@ enum Host : LONG {
 struct AddinState {
     ExportSettings settings;
     Host host = HostUnknown;
-    Microsoft::WRL::ComPtr<IDispatch> application;          // the host's, from connection to disconnection
-    std::map<std::wstring, std::wstring> conversionCache;   // mail key to PDF path
+    Microsoft::WRL::ComPtr<IDispatch> application;         // the host's, from connection to disconnection
+    std::map<std::wstring, std::wstring> conversionCache;  // mail key to PDF path
 };

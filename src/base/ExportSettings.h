@@ -5,10 +5,10 @@
 #include <windows.h>
 
 struct ExportSettings {
-    LONG exportFormat = 17;          // wdExportFormatPDF
-    bool openAfterExport = true;     // steers the companion application; the host itself never opens the PDF
-    LONG optimizeFor = 0;            // wdExportOptimizeForPrint
-    LONG exportRange = 0;            // wdExportAllDocument
+    LONG exportFormat = 17;       // wdExportFormatPDF
+    bool openAfterExport = true;  // steers the companion application; the host itself never opens the PDF
+    LONG optimizeFor = 0;         // wdExportOptimizeForPrint
+    LONG exportRange = 0;         // wdExportAllDocument
     bool includeDocProps = true;
     LONG createBookmarks = 1;        // 1 wdExportCreateHeadingBookmarks, 0 wdExportCreateNoBookmarks
     bool bitmapMissingFonts = true;  // no control changes it

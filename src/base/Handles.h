@@ -12,8 +12,7 @@ class Bstr {
 public:
     Bstr() = default;
     explicit Bstr(const wchar_t* text) : text_(SysAllocString(text)) {}
-    explicit Bstr(const std::wstring& text)
-        : text_(SysAllocStringLen(text.data(), static_cast<UINT>(text.size()))) {}
+    explicit Bstr(const std::wstring& text) : text_(SysAllocStringLen(text.data(), static_cast<UINT>(text.size()))) {}
     Bstr(const Bstr&) = delete;
     Bstr& operator=(const Bstr&) = delete;
     ~Bstr() { SysFreeString(text_); }

@@ -4,9 +4,9 @@
 #include <windows.h>
 
 struct ModuleState {
-    HINSTANCE handle;      // set by DllMain on process attach; null before
-    LONG objectCount;      // live class factories; changed by interlocked operations only
-    LONG lockCount;        // LockServer(TRUE) less LockServer(FALSE); changed by interlocked operations only
+    HINSTANCE handle;  // set by DllMain on process attach; null before
+    LONG objectCount;  // live class factories; changed by interlocked operations only
+    LONG lockCount;    // LockServer(TRUE) less LockServer(FALSE); changed by interlocked operations only
 };
 
 extern ModuleState moduleState;

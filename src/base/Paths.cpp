@@ -24,8 +24,9 @@ std::wstring GetExtensionOfPath(const std::wstring& path) { return PathFindExten
 std::wstring MakeUniquePath(unsigned counter, const std::wstring& path) {
     const std::wstring extension = GetExtensionOfPath(path);
     const std::wstring stem = path.substr(0, path.size() - extension.size());
+    std::wstring candidate = path;
     for (;; ++counter) {
-        const std::wstring candidate = counter == 0 ? path : stem + L"(" + std::to_wstring(counter) + L")" + extension;
+        if (counter != 0) candidate.assign(stem).append(L"(" + std::to_wstring(counter) + L")").append(extension);
         if (!PathFileExistsW(candidate.c_str())) return candidate;
     }
 }

@@ -46,14 +46,11 @@ HRESULT WriteRegistryValue(const RegistryValueSpec* spec) {
             if (!spec->data) return E_INVALIDARG;
             size = static_cast<DWORD>((wcslen(static_cast<const wchar_t*>(spec->data)) + 1) * sizeof(wchar_t));
             break;
-        case REG_DWORD:
-            size = sizeof(DWORD);
-            break;
-        default:
-            return E_NOTIMPL;
+        case REG_DWORD: size = sizeof(DWORD); break;
+        default: return E_NOTIMPL;
     }
-    return HResultFromWin32(RegSetValueExW(key.Get(), spec->valueName.c_str(), 0, spec->type,
-                                           static_cast<const BYTE*>(spec->data), size));
+    return HResultFromWin32(
+        RegSetValueExW(key.Get(), spec->valueName.c_str(), 0, spec->type, static_cast<const BYTE*>(spec->data), size));
 }
 
 HRESULT WriteRegistryString(HKEY root, const wchar_t* subkey, const wchar_t* name, const wchar_t* text) {

@@ -8,10 +8,10 @@
 // One registry value. `data` is the caller's unless `ownsData` is set; then it was made by new BYTE[] and the record
 // frees it.
 struct RegistryValueSpec {
-    HKEY root = nullptr;      // a predefined root
+    HKEY root = nullptr;  // a predefined root
     std::wstring subkey;
-    std::wstring valueName;   // empty: the key's default value
-    DWORD type = REG_NONE;    // REG_SZ, REG_EXPAND_SZ or REG_DWORD
+    std::wstring valueName;  // empty: the key's default value
+    DWORD type = REG_NONE;   // REG_SZ, REG_EXPAND_SZ or REG_DWORD
     const void* data = nullptr;
     bool ownsData = false;
 

@@ -21,8 +21,8 @@ void ShowFilesInCompanion(const std::wstring& exe, const std::vector<std::wstrin
 // key in the string table is `messageKey`, and gives false.
 bool OpenInCompanion(const AddinState& addin, const std::vector<std::wstring>& files, std::wstring_view messageKey);
 
-// Runs the companion's portfolio command for `path` and waits for its end without a limit, with no messages pumped. True
-// only when it ended with its success code.
+// Runs the companion's portfolio command for `path` and waits for its end without a limit, with no messages pumped.
+// True only when it ended with its success code.
 bool RunCompanionCommand(const std::wstring& path);
 
 void ShowMessage(HWND owner, const std::wstring& text, const std::wstring& caption, UINT flags);

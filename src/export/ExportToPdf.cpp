@@ -59,14 +59,14 @@ constexpr Argument wordArguments[] = {
 };
 
 constexpr Argument excelArguments[] = {
-    number<0>,                             // Type: xlTypePDF
-    path,                                  // Filename
-    number<0>,                             // Quality: xlQualityStandard
+    number<0>,                              // Type: xlTypePDF
+    path,                                   // Filename
+    number<0>,                              // Quality: xlQualityStandard
     booleanOf<&Settings::includeDocProps>,  // IncludeDocProperties
-    boolean<VARIANT_FALSE>,                // IgnorePrintAreas
-    omitted,                               // From
-    omitted,                               // To
-    boolean<VARIANT_FALSE>,                // OpenAfterPublish
+    boolean<VARIANT_FALSE>,                 // IgnorePrintAreas
+    omitted,                                // From
+    omitted,                                // To
+    boolean<VARIANT_FALSE>,                 // OpenAfterPublish
 };
 
 constexpr Argument powerPointArguments[] = {

@@ -8,6 +8,6 @@
 
 #include "src/base/AddinState.h"
 
-// Calls `ExportAsFixedFormat` on the document, workbook or presentation with its host's argument list. Outlook's list is
-// Word's, because mails are exported through a Word document. False for no document and when the call failed.
+// Calls `ExportAsFixedFormat` on the document, workbook or presentation with its host's argument list. Outlook's list
+// is Word's, because mails are exported through a Word document. False for no document and when the call failed.
 bool ExportAsPdf(const AddinState& addin, IDispatch* document, const std::wstring& path);

@@ -19,10 +19,8 @@ HWND ForegroundWindowOfClass(std::wstring_view wanted) {
 HWND GetOwnerWindow(const AddinState& addin) {
     if (!addin.application) return nullptr;
     switch (addin.host) {
-        case HostOutlook:
-            return ForegroundWindowOfClass(L"rctrl_renwnd32");
-        case HostPowerPoint:
-            return ForegroundWindowOfClass(L"PPTFrameClass");
+        case HostOutlook: return ForegroundWindowOfClass(L"rctrl_renwnd32");
+        case HostPowerPoint: return ForegroundWindowOfClass(L"PPTFrameClass");
         default: {
             const auto window = GetObjectProperty(addin.application.Get(), L"ActiveWindow");
             if (!window) return nullptr;

@@ -15,7 +15,8 @@ using LocalizedStringTable = std::unordered_map<std::wstring_view, LocalizedText
 const LocalizedStringTable& GetLocalizedStringTable();
 
 // The text for the language of the Windows user interface, which is asked for at every call, so that a change of the
-// display language takes effect at once. A key that the table lacks is its own text: the ribbon tab's label relies on it.
+// display language takes effect at once. A key that the table lacks is its own text: the ribbon tab's label relies on
+// it.
 std::wstring Localize(const LocalizedStringTable& table, std::wstring_view key);
 
 // The same for a given language: its text, else the English one, else the key.

@@ -1,5 +1,5 @@
-// ZAVO.exe, the companion application's stand-in: says how it was started and what files it was given. It writes that to
-// its console and, where the environment variable ZAVO_COMPANION_LOG names a file, to the end of that file too.
+// ZAVO.exe, the companion application's stand-in: says how it was started and what files it was given. It writes that
+// to its console and, where the environment variable ZAVO_COMPANION_LOG names a file, to the end of that file too.
 #include <windows.h>
 #include <shellapi.h>
 

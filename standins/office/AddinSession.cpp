@@ -64,7 +64,8 @@ std::vector<std::wstring> FindStartupAddins(const std::wstring& host) {
         wchar_t name[256];
         for (DWORD i = 0;; ++i) {
             DWORD length = ARRAYSIZE(name);
-            if (RegEnumKeyExW(addins.Get(), i, name, &length, nullptr, nullptr, nullptr, nullptr) != ERROR_SUCCESS) break;
+            if (RegEnumKeyExW(addins.Get(), i, name, &length, nullptr, nullptr, nullptr, nullptr) != ERROR_SUCCESS)
+                break;
             DWORD behavior = 0;
             DWORD size = sizeof behavior;
             if (RegGetValueW(addins.Get(), name, L"LoadBehavior", RRF_RT_REG_DWORD, nullptr, &behavior, &size) ==
@@ -130,8 +131,8 @@ CallbackResult AddinSession::Call(const std::wstring& callback, VARIANT* argumen
     if (FAILED(answer.result)) return answer;
     DISPPARAMS params = {arguments, nullptr, count, 0};
     OwnedVariant result;
-    answer.result = callbacks_->Invoke(dispid, IID_NULL, LOCALE_USER_DEFAULT, DISPATCH_METHOD, &params, &result, nullptr,
-                                       nullptr);
+    answer.result =
+        callbacks_->Invoke(dispid, IID_NULL, LOCALE_USER_DEFAULT, DISPATCH_METHOD, &params, &result, nullptr, nullptr);
     answer.pressed = result.vt == VT_BOOL && result.boolVal != VARIANT_FALSE;
     return answer;
 }

@@ -1,5 +1,5 @@
-// One add-in in one host: found in the registry, loaded through COM, connected, its ribbon read and its callbacks called,
-// in the order and with the arguments of Office.
+// One add-in in one host: found in the registry, loaded through COM, connected, its ribbon read and its callbacks
+// called, in the order and with the arguments of Office.
 #pragma once
 
 #include <windows.h>

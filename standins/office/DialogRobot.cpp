@@ -6,8 +6,8 @@
 
 namespace {
 
-constexpr int fileNameComboId = 0x47C;   // cmb13, the save dialog's file name
-constexpr int messageTextId = 0xFFFF;    // a message box's text
+constexpr int fileNameComboId = 0x47C;  // cmb13, the save dialog's file name
+constexpr int messageTextId = 0xFFFF;   // a message box's text
 constexpr DWORD pollMilliseconds = 10;
 constexpr DWORD settleMilliseconds = 200;  // a save dialog fills its controls after it appears
 
@@ -71,9 +71,8 @@ void DialogRobot::Note(SeenDialog dialog) {
 void DialogRobot::Work() {
     while (WaitForSingleObject(stop_, pollMilliseconds) == WAIT_TIMEOUT) {
         const std::vector<HWND> dialogs = OwnDialogs();
-        std::erase_if(handled_, [&](HWND window) {
-            return std::find(dialogs.begin(), dialogs.end(), window) == dialogs.end();
-        });
+        std::erase_if(handled_,
+                      [&](HWND window) { return std::find(dialogs.begin(), dialogs.end(), window) == dialogs.end(); });
         for (const HWND dialog : dialogs) {
             if (std::find(handled_.begin(), handled_.end(), dialog) != handled_.end()) continue;
             handled_.push_back(dialog);

@@ -12,7 +12,8 @@
 struct SaveAnswer {
     bool cancel = false;
     std::wstring path = {};  // what is typed; empty: the proposed name as it stands
-    bool overwrite = false;  // whether a question about an existing file is answered with yes; no also cancels the dialog
+    bool overwrite =
+        false;  // whether a question about an existing file is answered with yes; no also cancels the dialog
 };
 
 struct SeenDialog {

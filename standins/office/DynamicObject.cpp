@@ -147,9 +147,7 @@ std::vector<std::wstring> LiveObjects::List() {
     return list;
 }
 
-ComPtr<DynamicObject<>> MakeObject(const std::wstring& name) {
-    return Adopt(new DynamicObject<>(name));
-}
+ComPtr<DynamicObject<>> MakeObject(const std::wstring& name) { return Adopt(new DynamicObject<>(name)); }
 
 HRESULT GiveText(VARIANT* result, const std::wstring& text) {
     result->vt = VT_BSTR;

@@ -1,7 +1,7 @@
 // Automation objects whose members are given at run time: the stand-ins' object models are made of them.
 //
-// Members are called by name or by DISPID, the n-th member that was added having DISPID n. Every object is counted while
-// it lives, so that a program can tell at its end which ones somebody forgot to release.
+// Members are called by name or by DISPID, the n-th member that was added having DISPID n. Every object is counted
+// while it lives, so that a program can tell at its end which ones somebody forgot to release.
 #pragma once
 
 #include <windows.h>

@@ -26,7 +26,8 @@ ComPtr<IXmlReader> MakeReader(const std::wstring& markup) {
     using Create = HRESULT(STDAPICALLTYPE*)(REFIID, void**, IMalloc*);
     const HMODULE library = LoadLibraryW(L"xmllite.dll");
     const auto create =
-        library ? reinterpret_cast<Create>(reinterpret_cast<void*>(GetProcAddress(library, "CreateXmlReader"))) : nullptr;
+        library ? reinterpret_cast<Create>(reinterpret_cast<void*>(GetProcAddress(library, "CreateXmlReader")))
+                : nullptr;
     if (!create) throw std::runtime_error("xmllite.dll is missing");
     ComPtr<IXmlReader> reader;
     Check(create(readerIid, reinterpret_cast<void**>(reader.GetAddressOf()), nullptr), "no reader");

@@ -89,9 +89,8 @@ ComPtr<IDispatch> MakeDocument(const std::wstring& path) {
     members.AddProperty(L"Name", [path](VARIANT* result) { return GiveText(result, FileName(path)); });
     members.AddProperty(L"Path", [path](VARIANT* result) { return GiveText(result, Folder(path)); });
     members.AddProperty(L"Saved", [](VARIANT* result) { return GiveBoolean(result, true); });
-    members.AddMethod(L"ExportAsFixedFormat", [path](const Arguments& arguments, VARIANT*) {
-        return ExportAsFixedFormat(path, arguments);
-    });
+    members.AddMethod(L"ExportAsFixedFormat",
+                      [path](const Arguments& arguments, VARIANT*) { return ExportAsFixedFormat(path, arguments); });
     return document;
 }
 

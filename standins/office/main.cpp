@@ -1,5 +1,5 @@
-// The Office stand-in as a program: plays Word on a document, loads the add-ins that Office would load, and does on their
-// ribbon what the command line says.
+// The Office stand-in as a program: plays Word on a document, loads the add-ins that Office would load, and does on
+// their ribbon what the command line says.
 #include <windows.h>
 #include <objbase.h>
 #include <shellapi.h>

@@ -1,5 +1,5 @@
-// An engine that makes no PDFs: it answers as a working one would and writes every call to the file that the environment
-// variable ZAVO_ENGINE_LOG names, one line a call.
+// An engine that makes no PDFs: it answers as a working one would and writes every call to the file that the
+// environment variable ZAVO_ENGINE_LOG names, one line a call.
 #include <windows.h>
 #include <combaseapi.h>
 

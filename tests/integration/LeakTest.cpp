@@ -1,5 +1,5 @@
-// What the add-in allocates it frees, on good paths and on every path that a failed allocation opens. This program counts
-// its C++ allocations, lets one of them fail, and counts COM's allocations and its own kernel handles.
+// What the add-in allocates it frees, on good paths and on every path that a failed allocation opens. This program
+// counts its C++ allocations, lets one of them fail, and counts COM's allocations and its own kernel handles.
 #include <gtest/gtest.h>
 #include <objbase.h>
 
@@ -109,8 +109,8 @@ public:
     HRESULT STDMETHODCALLTYPE GetTypeInfoCount(UINT*) override { return E_NOTIMPL; }
     HRESULT STDMETHODCALLTYPE GetTypeInfo(UINT, LCID, ITypeInfo**) override { return E_NOTIMPL; }
     HRESULT STDMETHODCALLTYPE GetIDsOfNames(REFIID, LPOLESTR* names, UINT, LCID, DISPID* dispids) override {
-        constexpr const wchar_t* known[] = {L"Documents", L"ActiveWindow", L"hwnd",
-                                            L"ActiveDocument", L"FullName", L"ExportAsFixedFormat"};
+        constexpr const wchar_t* known[] = {L"Documents",      L"ActiveWindow", L"hwnd",
+                                            L"ActiveDocument", L"FullName",     L"ExportAsFixedFormat"};
         for (size_t i = 0; i < std::size(known); ++i) {
             if (wcscmp(known[i], names[0]) == 0) {
                 *dispids = static_cast<DISPID>(10 + i);

@@ -2,7 +2,6 @@
 #include <gtest/gtest.h>
 
 #include <windows.h>
-// Needs windows.h before it.
 #include <sddl.h>
 #include <shlobj.h>
 
@@ -108,7 +107,8 @@ class DeniedKey {
 public:
     explicit DeniedKey(const wchar_t* path) : path_(path) {
         RegistryKey key;
-        RegCreateKeyExW(HKEY_LOCAL_MACHINE, path, 0, nullptr, 0, KEY_WRITE | WRITE_DAC, nullptr, key.Receive(), nullptr);
+        RegCreateKeyExW(HKEY_LOCAL_MACHINE, path, 0, nullptr, 0, KEY_WRITE | WRITE_DAC, nullptr, key.Receive(),
+                        nullptr);
         SetAccess(key.Get(), L"D:P(A;;KR;;;WD)(A;;WD;;;WD)");
     }
     DeniedKey(const DeniedKey&) = delete;

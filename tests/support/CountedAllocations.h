@@ -1,4 +1,5 @@
-// The program's C++ allocations, counted. A program that links CountedAllocations.cpp has its global operators replaced.
+// The program's C++ allocations, counted. A program that links CountedAllocations.cpp has its global operators
+// replaced.
 #pragma once
 
 #include <atomic>

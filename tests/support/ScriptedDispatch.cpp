@@ -108,8 +108,9 @@ HRESULT ScriptedDispatch::Invoke(DISPID dispid, REFIID riid, LCID lcid, WORD fla
                                  EXCEPINFO* exceptionInfo, UINT* wrongArgument) {
     const auto index = static_cast<size_t>(dispid - firstDispid);
     if (index >= members_.size()) return DISP_E_MEMBERNOTFOUND;
-    Invocation invocation = {members_[index].name, riid, lcid, flags, {}, {}, result != nullptr,
-                             exceptionInfo != nullptr, wrongArgument != nullptr};
+    Invocation invocation = {
+        members_[index].name,    riid, lcid, flags, {}, {}, result != nullptr, exceptionInfo != nullptr,
+        wrongArgument != nullptr};
     for (UINT i = 0; i < params->cArgs; ++i) invocation.wire.push_back(WireOf(params->rgvarg[i]));
     for (UINT i = 0; i < params->cNamedArgs; ++i) invocation.named.push_back(params->rgdispidNamedArgs[i]);
     invocations.push_back(invocation);

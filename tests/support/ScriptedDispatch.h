@@ -12,9 +12,9 @@
 // A VARIANT as it stood in a call, copied deeply enough to be compared later.
 struct WireValue {
     VARTYPE type = VT_EMPTY;
-    LONG number = 0;          // VT_I4, VT_BOOL (its 16 bits, signed), VT_ERROR
-    std::wstring text;        // VT_BSTR
-    bool isNull = false;      // VT_BSTR or VT_DISPATCH with a null pointer
+    LONG number = 0;      // VT_I4, VT_BOOL (its 16 bits, signed), VT_ERROR
+    std::wstring text;    // VT_BSTR
+    bool isNull = false;  // VT_BSTR or VT_DISPATCH with a null pointer
     const void* object = nullptr;
 
     bool operator==(const WireValue&) const = default;
@@ -98,8 +98,9 @@ public:
     ScriptedControl(const ScriptedControl&) = delete;
     ScriptedControl& operator=(const ScriptedControl&) = delete;
 
-    HRESULT idResult = S_OK;   // what reading the identifier answers
-    VARTYPE idType = VT_BSTR;  // VT_BSTR: the identifier; VT_NULL stands for a null BSTR; else an empty value of the type
+    HRESULT idResult = S_OK;  // what reading the identifier answers
+    VARTYPE idType =
+        VT_BSTR;  // VT_BSTR: the identifier; VT_NULL stands for a null BSTR; else an empty value of the type
     Invocation last = {};
 
     HRESULT STDMETHODCALLTYPE QueryInterface(REFIID riid, void** ppv) override;

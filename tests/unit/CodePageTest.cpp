@@ -1,7 +1,7 @@
 #include "src/automation/CodePage.h"
 
-#include <gtest/gtest.h>
 #include <windows.h>
+#include <gtest/gtest.h>
 
 #include <cstring>
 #include <thread>

@@ -21,8 +21,8 @@ TEST(ComErrorText, OneLineEndIsCut) {
     const struct {
         const char* text;
         const char* cut;
-    } rows[] = {{"a\r\n", "a"},      {"a\n", "a"},   {"a", "a"}, {"", ""}, {"\n", "\n"},
-                {"a\r\n\r\n", "a\r\n"}, {"\r\n", ""}, {"a\n\r", "a\n\r"}};
+    } rows[] = {{"a\r\n", "a"}, {"a\n", "a"},           {"a", "a"},   {"", ""},
+                {"\n", "\n"},   {"a\r\n\r\n", "a\r\n"}, {"\r\n", ""}, {"a\n\r", "a\n\r"}};
     for (const auto& row : rows) {
         char text[16];
         strcpy(text, row.text);

@@ -48,8 +48,8 @@ ExportSettings AllOn() {
 
 TEST(ExportToPdf, WordGetsFourteenArgumentsWithTrueAsOne) {
     const std::vector expected = {
-        WireText(target), WireNumber(17), WireBool(0),    WireNumber(0), WireNumber(0), WireOmitted(), WireOmitted(),
-        WireOmitted(),    WireBool(1),    WireBool(-1),   WireNumber(1), WireBool(-1),  WireBool(1),   WireBool(1),
+        WireText(target), WireNumber(17), WireBool(0),  WireNumber(0), WireNumber(0), WireOmitted(), WireOmitted(),
+        WireOmitted(),    WireBool(1),    WireBool(-1), WireNumber(1), WireBool(-1),  WireBool(1),   WireBool(1),
     };
     EXPECT_EQ(Exported(HostWord, AllOn()), expected);
 }
@@ -101,9 +101,9 @@ TEST(ExportToPdf, PdfAAndBookmarksHaveNoEffectInExcel) {
 
 TEST(ExportToPdf, PowerPointGetsFifteenArgumentsWithTrueAsMinusOne) {
     std::vector expected = {
-        WireText(target), WireNumber(2),    WireNumber(1), WireNumber(0), WireNumber(1),
-        WireNumber(1),    WireNumber(0),    WireNullObject(), WireNumber(1), WireText(L""),
-        WireBool(-1),     WireBool(-1),     WireBool(-1),  WireBool(-1),  WireBool(-1),
+        WireText(target), WireNumber(2), WireNumber(1),    WireNumber(0), WireNumber(1),
+        WireNumber(1),    WireNumber(0), WireNullObject(), WireNumber(1), WireText(L""),
+        WireBool(-1),     WireBool(-1),  WireBool(-1),     WireBool(-1),  WireBool(-1),
     };
     EXPECT_EQ(Exported(HostPowerPoint, AllOn()), expected);
     expected[10] = expected[13] = expected[14] = WireBool(0);

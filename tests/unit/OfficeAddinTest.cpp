@@ -75,9 +75,9 @@ TEST(OfficeAddin, CallbackNamesResolveToTheirDispids) {
     const struct {
         const wchar_t* name;
         DISPID dispid;
-    } rows[] = {{L"OnRibbonLoaded", 1001},     {L"OnButtonClick", 1002},      {L"OnLoadImage", 1003},
-                {L"GetCheckBoxState", 1004},   {L"OnCheckBoxChanged", 1005},  {L"onbuttonclick", -1},
-                {L"OnButtonClick ", -1},       {L"OnButtonClic", -1},         {L"", -1}};
+    } rows[] = {{L"OnRibbonLoaded", 1001},   {L"OnButtonClick", 1002},     {L"OnLoadImage", 1003},
+                {L"GetCheckBoxState", 1004}, {L"OnCheckBoxChanged", 1005}, {L"onbuttonclick", -1},
+                {L"OnButtonClick ", -1},     {L"OnButtonClic", -1},        {L"", -1}};
     for (const auto& row : rows) {
         std::wstring name = row.name;
         LPOLESTR names = name.data();

@@ -29,9 +29,12 @@ TEST(Paths, FolderEndsWithTheLastSeparatorOfEitherKind) {
         const wchar_t* path;
         const wchar_t* folder;
     } rows[] = {
-        {L"C:\\Work\\Plan.docx", L"C:\\Work\\"}, {L"C:/Work/sub/Plan.docx", L"C:/Work/sub/"},
-        {L"C:\\Work/Plan.docx", L"C:\\Work/"},   {L"\\\\server\\share\\a.docx", L"\\\\server\\share\\"},
-        {L"Document1", L""},                     {L"", L""},
+        {L"C:\\Work\\Plan.docx", L"C:\\Work\\"},
+        {L"C:/Work/sub/Plan.docx", L"C:/Work/sub/"},
+        {L"C:\\Work/Plan.docx", L"C:\\Work/"},
+        {L"\\\\server\\share\\a.docx", L"\\\\server\\share\\"},
+        {L"Document1", L""},
+        {L"", L""},
     };
     for (const auto& row : rows) EXPECT_EQ(GetFolderOfPath(row.path), row.folder) << row.path;
 }

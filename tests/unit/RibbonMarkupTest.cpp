@@ -52,8 +52,8 @@ constexpr wchar_t includeDocProps[] =
 // These run with an English user interface, where every label equals its key.
 
 TEST(RibbonMarkup, WordsMarkupIsExact) {
-    EXPECT_EQ(BuildRibbonMarkup(HostWord), std::wstring(head) + documentButtons + openAfterExport + pdfA +
-                                               createBookmarks + includeDocProps + tail);
+    EXPECT_EQ(BuildRibbonMarkup(HostWord),
+              std::wstring(head) + documentButtons + openAfterExport + pdfA + createBookmarks + includeDocProps + tail);
 }
 
 TEST(RibbonMarkup, ExcelsMarkupIsExact) {

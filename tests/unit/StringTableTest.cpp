@@ -37,9 +37,9 @@ TEST(StringTable, KeysAreExact) {
 }
 
 TEST(StringTable, OneTextPerLanguageStandsInItsColumn) {
-    const wchar_t* texts[languageCount] = {L"打开PDF", L"Open PDF", L"PDF öffnen", L"Ouvrir PDF", L"Apri PDF",
-                                           L"PDFを開く", L"Abrir PDF", L"Abrir PDF", L"打開PDF", L"Открыть PDF",
-                                           L"PDF openen", L"PDF 열기"};
+    const wchar_t* texts[languageCount] = {L"打开PDF",  L"Open PDF",    L"PDF öffnen", L"Ouvrir PDF",
+                                           L"Apri PDF", L"PDFを開く",   L"Abrir PDF",  L"Abrir PDF",
+                                           L"打開PDF",  L"Открыть PDF", L"PDF openen", L"PDF 열기"};
     for (LONG language = 0; language < languageCount; ++language) {
         EXPECT_EQ(Text(L"Open PDF", language), texts[language]) << language;
     }

@@ -1,0 +1,127 @@
+"""What the end-to-end tests share: the stand-ins as programs, documents, and PDFs as other tools read them."""
+import json
+import os
+import pathlib
+import shutil
+import socket
+import subprocess
+import tempfile
+import time
+import unittest
+
+ROOT = pathlib.Path(__file__).resolve().parents[2]
+BIN = ROOT / "build" / "bin"
+
+
+def windows_path(path):
+    return "Z:" + os.path.abspath(path).replace("/", "\\")
+
+
+def wine(*command, environment=None):
+    """Runs a Windows program; gives its exit code (its low 8 bits), its output and its error output.
+
+    Output goes through files: a pipe would stay open as long as any program of the Wine session lives.
+    """
+    variables = dict(os.environ, **(environment or {}))
+    with tempfile.TemporaryFile() as out, tempfile.TemporaryFile() as err:
+        done = subprocess.run(["wine", *map(str, command)], stdin=subprocess.DEVNULL, stdout=out, stderr=err,
+                              env=variables, timeout=100, check=False)
+        out.seek(0)
+        err.seek(0)
+        errors = [line for line in err.read().decode("utf-8", "replace").splitlines() if not line.startswith("wine: ")]
+        return done.returncode, out.read().decode("utf-8", "replace"), "\n".join(errors)
+
+
+def ask_bridge(**request):
+    """One request to the bridge; gives the answer's value."""
+    with socket.create_connection(("127.0.0.1", int(os.environ["ZAVO_BRIDGE_PORT"])), timeout=100) as connection:
+        lines = "".join(f"{name}\t{value}\n" for name, value in request.items())
+        connection.sendall((lines + "\n").encode())
+        answer = connection.makefile("r", encoding="utf-8").readline().rstrip("\n")
+    kind, _, value = answer.partition("\t")
+    if kind != "ok":
+        raise RuntimeError(value)
+    return value
+
+
+def pdf_text(pdf):
+    return subprocess.run(["pdftotext", pdf, "-"], capture_output=True, text=True, check=True).stdout
+
+
+def pdf_info(pdf):
+    lines = subprocess.run(["pdfinfo", pdf], capture_output=True, text=True, check=True).stdout.splitlines()
+    return {name: value.strip() for name, _, value in (line.partition(":") for line in lines)}
+
+
+def pdf_outline_titles(pdf):
+    done = subprocess.run(["qpdf", "--json", "--json-key=outlines", pdf], capture_output=True, text=True, check=True)
+
+    def titles(items):
+        for item in items:
+            yield item["title"]
+            yield from titles(item["kids"])
+
+    return list(titles(json.loads(done.stdout)["outlines"]))
+
+
+def pdf_is_pdfa(pdf):
+    plain = subprocess.run(["qpdf", "--qdf", "--object-streams=disable", pdf, "-"], capture_output=True, check=True)
+    return b"pdfaid:part" in plain.stdout
+
+
+def reg(*arguments):
+    code, _, errors = wine("reg.exe", *arguments)
+    if code:
+        raise RuntimeError(f"reg {arguments}: {errors}")
+
+
+class WordTest(unittest.TestCase):
+    """Word's stand-in on the sample document, with the add-in registered and the companion installed."""
+
+    @classmethod
+    def setUpClass(cls):
+        code, _, errors = wine("regsvr32.exe", "/s", windows_path(BIN / "zavoofficeaddin.dll"))
+        if code:
+            raise RuntimeError(f"regsvr32: {code} {errors}")
+        reg("add", r"HKLM\SOFTWARE\ZAVO", "/v", "InstallPath", "/d", windows_path(BIN), "/f")
+
+    @classmethod
+    def tearDownClass(cls):
+        wine("regsvr32.exe", "/s", "/u", windows_path(BIN / "zavoofficeaddin.dll"))
+        reg("delete", r"HKLM\SOFTWARE\ZAVO", "/f")
+
+    def setUp(self):
+        self.folder = tempfile.mkdtemp(prefix="zavo-")
+        self.addCleanup(shutil.rmtree, self.folder)
+        self.companion_log = os.path.join(self.folder, "companion.log")
+        self.document = self.make_document("report.docx")
+        self.pdf = os.path.join(self.folder, "report.pdf")
+
+    def make_document(self, name, source=ROOT / "samples" / "project-report.fodt"):
+        path = os.path.join(self.folder, name)
+        ask_bridge(command="convert", source=str(source), target=path, filter="MS Word 2007 XML")
+        return path
+
+    def word(self, *arguments, document=None, expect=0, **environment):
+        """Word's stand-in with the document; fails the test unless it ends with `expect`. Gives its output."""
+        environment.setdefault("ZAVO_COMPANION_LOG", windows_path(self.companion_log))
+        code, out, errors = wine(BIN / "office-standin.exe", "--document", windows_path(document or self.document),
+                                 *arguments, environment=environment)
+        self.assertEqual((code, errors), (expect, ""), out)
+        return out
+
+    def create_pdf(self, *arguments, **options):
+        return self.word(*arguments, "--click", "BUTTON_ID_CREATE", **options)
+
+    def companion_report(self, wait=10.0):
+        """What the companion wrote, or an empty text when it was not started in time."""
+        deadline = time.monotonic() + wait
+        while time.monotonic() < deadline:
+            if os.path.exists(self.companion_log) and os.path.getsize(self.companion_log):
+                with open(self.companion_log, encoding="utf-8") as file:
+                    return file.read()
+            time.sleep(0.05)
+        return ""
+
+    def files(self):
+        return sorted(os.listdir(self.folder))

@@ -1,0 +1,69 @@
+"""The scripts as a user calls them."""
+import os
+import shutil
+import subprocess
+import tempfile
+import unittest
+
+from support import ROOT, ask_bridge, pdf_outline_titles, pdf_text
+
+
+def run(script, *arguments, cwd="/"):
+    # The caller's Wine session is not the script's.
+    variables = {name: value for name, value in os.environ.items()
+                 if not name.startswith(("WINE", "ZAVO_BRIDGE", "LC_", "LANG"))}
+    done = subprocess.run([ROOT / "scripts" / script, *arguments], cwd=cwd, env=variables, stdin=subprocess.DEVNULL,
+                          capture_output=True, text=True, timeout=300, check=False)
+    return done.returncode, done.stdout, done.stderr
+
+
+class Scripts(unittest.TestCase):
+    def setUp(self):
+        self.folder = tempfile.mkdtemp(prefix="zavo demo ")
+        self.addCleanup(shutil.rmtree, self.folder)
+
+    def test_HelpExplainsItself(self):
+        for script in ("demo", "test", "build", "lint"):
+            code, out, _ = run(script, "--help")
+            self.assertEqual(code, 0, script)
+            self.assertIn(f"Usage: scripts/{script}", out)
+
+    def test_WrongArgumentsAreSaidInOneLine(self):
+        for arguments, said in ((("demo", "--what"), "unknown option --what"),
+                                (("demo", "/no/such.docx"), "no such document: /no/such.docx"),
+                                (("demo", "--tick"), "--tick needs the ID of a check box"),
+                                (("demo", "--out", "/no/such/a.pdf"), "no such folder: /no/such"),
+                                (("test", "--what"), "unknown option --what"),
+                                (("build", "--what"), "unknown option --what")):
+            code, out, errors = run(*arguments)
+            self.assertEqual((code, out), (1, ""), arguments)
+            self.assertEqual(len(errors.splitlines()), 1, errors)
+            self.assertIn(said, errors)
+
+    def test_DemoMakesAPdfOfTheUsersDocument(self):
+        document = os.path.join(self.folder, "my plan.docx")
+        target = os.path.join(self.folder, "out file.pdf")
+        ask_bridge(command="convert", source=str(ROOT / "samples" / "project-report.fodt"), target=document,
+                   filter="MS Word 2007 XML")
+        code, out, errors = run("demo", "my plan.docx", "--out", "out file.pdf", "--untick",
+                                "CheckBox_ID_CreateBookmarks", cwd=self.folder)
+        self.assertEqual(code, 0, out + errors)
+        self.assertIn(f"PDF:       {target}\n", out)
+        self.assertIn("Companion: started as: [", out)
+        self.assertIn("Harbour bridge", pdf_text(target))
+        self.assertEqual(pdf_outline_titles(target), [])
+
+    def test_DemoKeepsAPdfThatIsThereAlready(self):
+        document = os.path.join(self.folder, "plan.docx")
+        for name in (document, os.path.join(self.folder, "plan.pdf")):
+            with open(name, "w", encoding="ascii") as file:
+                file.write("precious")
+        code, _, errors = run("demo", document)
+        self.assertEqual(code, 1)
+        self.assertIn("plan.pdf exists; name another with --out or say --overwrite", errors)
+        with open(os.path.join(self.folder, "plan.pdf"), encoding="ascii") as file:
+            self.assertEqual(file.read(), "precious")
+
+
+if __name__ == "__main__":
+    unittest.main()
