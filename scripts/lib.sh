@@ -59,9 +59,10 @@ need_packages() {
 # without which file names beyond ASCII do not open.
 wine_environment() {
     export WINEARCH=win64 WINEDEBUG=${WINEDEBUG:--all} WINEDLLOVERRIDES="mscoree,mshtml=;winedbg.exe=d;mapi32=n,b"
+    unset "${!LC_@}"
     export LC_ALL='' LANG=C.UTF-8
     export OANOCACHE=1  # freed texts are freed at once, so that tests can count them
-    unset DISPLAY LC_MESSAGES
+    unset DISPLAY
 }
 
 # The Windows form of a Linux path.
@@ -87,10 +88,10 @@ wine_template() {
             export WINEPREFIX=$fresh
             local log=$ZAVO_CACHE/wine-template.log folder
             {
-                wine wineboot.exe -i
-                wine reg.exe add 'HKCU\Software\Wine\Drivers' /v Graphics /d null /f
-                wine winecfg.exe /v win10
-                wineserver -w
+                wine wineboot.exe -i &&
+                    wine reg.exe add 'HKCU\Software\Wine\Drivers' /v Graphics /d null /f &&
+                    wine winecfg.exe /v win10 &&
+                    wineserver -w
             } >"$log" 2>&1 </dev/null || fail "Wine could not make a prefix, see $log"
             for folder in "$fresh"/drive_c/users/*/*; do
                 if [[ -L $folder ]]; then
@@ -98,7 +99,7 @@ wine_template() {
                     mkdir "$folder"
                 fi
             done
-        ) || exit 1
+        ) || { rm -rf "$fresh"; exit 1; }
         # Another run may have been faster; its template is as good.
         mv -T "$fresh" "$template" 2>/dev/null || rm -rf "$fresh"
     fi
@@ -133,7 +134,8 @@ wine_stop() {
     rm -rf "$ZAVO_RUN"
 }
 
-# Starts the helper through which the stand-ins reach LibreOffice and sets ZAVO_BRIDGE_PORT, which they read.
+# Starts the helper through which the stand-ins reach LibreOffice and sets ZAVO_BRIDGE_PORT and ZAVO_BRIDGE_TOKEN, which
+# they read.
 bridge_start() {
     local port_file=$ZAVO_RUN/bridge.port log=$ZAVO_RUN/bridge.log tries
     /usr/bin/python3 "$ZAVO_ROOT/standins/bridge/bridge.py" "$port_file" "$ZAVO_RUN/libreoffice" \
@@ -141,8 +143,8 @@ bridge_start() {
     ZAVO_BRIDGE_PID=$!
     for ((tries = 0; tries < 600; ++tries)); do
         if [[ -s $port_file ]]; then
-            ZAVO_BRIDGE_PORT=$(<"$port_file")
-            export ZAVO_BRIDGE_PORT
+            read -r ZAVO_BRIDGE_PORT ZAVO_BRIDGE_TOKEN <"$port_file" || true  # there is no line end
+            export ZAVO_BRIDGE_PORT ZAVO_BRIDGE_TOKEN
             return
         fi
         kill -0 "$ZAVO_BRIDGE_PID" 2>/dev/null || break
@@ -156,8 +158,8 @@ bridge_start() {
 bridge_ask() {
     local connection answer
     exec {connection}<>"/dev/tcp/127.0.0.1/$ZAVO_BRIDGE_PORT"
-    { printf '%s\t%s\n' "$@"; printf '\n'; } >&"$connection"
-    IFS= read -r answer <&"$connection"
+    { printf '%s\t%s\n' token "$ZAVO_BRIDGE_TOKEN" "$@"; printf '\n'; } >&"$connection"
+    IFS= read -r answer <&"$connection" || fail "LibreOffice's helper gave no answer"
     exec {connection}>&-
     [[ $answer == ok$'\t'* ]] || fail "${answer#*$'\t'}"
     [[ -z ${answer#ok$'\t'} ]] || printf '%s\n' "${answer#ok$'\t'}"
@@ -176,5 +178,6 @@ run_windows() {
 register_addin() {
     wine regsvr32.exe /s "$(windows_path "$ZAVO_BIN/zavoofficeaddin.dll")" </dev/null >/dev/null 2>&1 ||
         fail "regsvr32 refused the add-in"
-    wine reg.exe add 'HKLM\SOFTWARE\ZAVO' /v InstallPath /d "$(windows_path "$ZAVO_BIN")" /f </dev/null >/dev/null 2>&1
+    wine reg.exe add 'HKLM\SOFTWARE\ZAVO' /v InstallPath /d "$(windows_path "$ZAVO_BIN")" /f </dev/null >/dev/null 2>&1 ||
+        fail "the companion's folder could not be written to the registry"
 }

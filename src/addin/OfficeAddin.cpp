@@ -153,7 +153,12 @@ HRESULT ZOfficeAddin::OnStartupComplete(SAFEARRAY**) { return S_OK; }
 
 HRESULT ZOfficeAddin::OnBeginShutdown(SAFEARRAY**) { return S_OK; }
 
-void ZOfficeAddin::Destroy() { delete this; }
+void ZOfficeAddin::Destroy() {
+    // What is released in the destructor may call back and take and drop a reference: that must not delete again.
+    constexpr ULONG dying = 1UL << 30;
+    references_ = dying;
+    delete this;
+}
 
 HRESULT ZOfficeAddin::Reserved() { return S_OK; }
 

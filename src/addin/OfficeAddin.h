@@ -40,13 +40,16 @@ public:
     HRESULT STDMETHODCALLTYPE GetCustomUI(BSTR ribbonId, BSTR* markup) override;
 
     AddinState state;
+
+private:
+    ULONG references_ = 1;
+
+public:
     StoredRibbon ribbon;
     bool commandRunning = false;  // a click that comes in meanwhile does nothing
 
 private:
     ~ZOfficeAddin() = default;
-
-    ULONG references_ = 1;
 };
 
 // Which host has this application: it is known by the collection that it offers.

@@ -10,10 +10,7 @@ namespace {
 
 // The class keys are written under HKEY_LOCAL_MACHINE and the ProgID's through HKEY_CLASSES_ROOT; with administrative
 // rights both end up in the machine's own classes.
-constexpr wchar_t classKey[] = L"Software\\Classes\\CLSID\\{6C1E2F4A-9B3D-4E7A-8C5F-2A9D7B1E3F60}";
-constexpr wchar_t serverKey[] = L"Software\\Classes\\CLSID\\{6C1E2F4A-9B3D-4E7A-8C5F-2A9D7B1E3F60}\\InProcServer32";
-constexpr wchar_t classProgIdKey[] = L"Software\\Classes\\CLSID\\{6C1E2F4A-9B3D-4E7A-8C5F-2A9D7B1E3F60}\\ProgID";
-constexpr wchar_t progIdKey[] = L"ZAVO.OfficeAddin";
+std::wstring ClassKey() { return std::wstring(L"Software\\Classes\\CLSID\\") + addinClassIdText; }
 constexpr wchar_t progIdClassKey[] = L"ZAVO.OfficeAddin\\CLSID";
 constexpr wchar_t wordKey[] = L"SOFTWARE\\Microsoft\\Office\\Word\\Addins\\ZAVO.OfficeAddin";
 constexpr wchar_t excelKey[] = L"SOFTWARE\\Microsoft\\Office\\Excel\\Addins\\ZAVO.OfficeAddin";
@@ -33,10 +30,10 @@ HRESULT LastErrorAsHResult() {
 HRESULT WriteRows(const wchar_t* libraryPath) {
     // InProcServer32 gets no ThreadingModel, on purpose: the host creates the add-in on its main thread.
     const RegistryValueSpec rows[] = {
-        {HKEY_LOCAL_MACHINE, classKey, L"", REG_SZ, addinDescription},
-        {HKEY_LOCAL_MACHINE, serverKey, L"", REG_SZ, libraryPath},
-        {HKEY_LOCAL_MACHINE, classProgIdKey, L"", REG_SZ, addinProgId},
-        {HKEY_CLASSES_ROOT, progIdKey, L"", REG_SZ, addinDescription},
+        {HKEY_LOCAL_MACHINE, ClassKey(), L"", REG_SZ, addinDescription},
+        {HKEY_LOCAL_MACHINE, ClassKey() + L"\\InProcServer32", L"", REG_SZ, libraryPath},
+        {HKEY_LOCAL_MACHINE, ClassKey() + L"\\ProgID", L"", REG_SZ, addinProgId},
+        {HKEY_CLASSES_ROOT, addinProgId, L"", REG_SZ, addinDescription},
         {HKEY_CLASSES_ROOT, progIdClassKey, L"", REG_SZ, addinClassIdText},
         {HKEY_LOCAL_MACHINE, wordKey, L"Description", REG_SZ, addinDescription},
         {HKEY_LOCAL_MACHINE, wordKey, L"FriendlyName", REG_SZ, addinDescription},
@@ -76,8 +73,8 @@ HRESULT RegisterAddin(HINSTANCE instance) {
 
 HRESULT UnregisterAddin() {
     const RegistryValueSpec rows[] = {
-        {HKEY_LOCAL_MACHINE, classKey},  // takes InProcServer32 and ProgID with it
-        {HKEY_CLASSES_ROOT, progIdKey},      {HKEY_LOCAL_MACHINE, wordKey},    {HKEY_LOCAL_MACHINE, excelKey},
+        {HKEY_LOCAL_MACHINE, ClassKey()},  // takes InProcServer32 and ProgID with it
+        {HKEY_CLASSES_ROOT, addinProgId},    {HKEY_LOCAL_MACHINE, wordKey},    {HKEY_LOCAL_MACHINE, excelKey},
         {HKEY_LOCAL_MACHINE, powerPointKey}, {HKEY_LOCAL_MACHINE, outlookKey},
     };
     HRESULT result = S_OK;

@@ -11,6 +11,8 @@
 #include "src/base/Barrier.h"
 #include "src/base/ControlIds.h"
 
+using Microsoft::WRL::ComPtr;
+
 namespace {
 
 struct Option {
@@ -60,26 +62,26 @@ HRESULT OnRibbonLoaded(ZOfficeAddin& addin, const DISPPARAMS* params) {
     if (!params || params->cArgs == 0) return E_INVALIDARG;
     const VARIANT& argument = params->rgvarg[0];
     if (argument.vt != VT_DISPATCH || !argument.pdispVal) return E_INVALIDARG;
-    IRibbonUI* ribbon = nullptr;
-    const HRESULT result = argument.pdispVal->QueryInterface(IID_IRibbonUI, reinterpret_cast<void**>(&ribbon));
-    if (SUCCEEDED(result) && ribbon) addin.ribbon.Store(ribbon);
+    ComPtr<IRibbonUI> ribbon;
+    const HRESULT result =
+        argument.pdispVal->QueryInterface(IID_IRibbonUI, reinterpret_cast<void**>(ribbon.GetAddressOf()));
+    if (SUCCEEDED(result) && ribbon) addin.ribbon.Store(std::move(ribbon));
     return result;
 }
 
 HRESULT OnButtonClick(ZOfficeAddin& addin, const DISPPARAMS* params) {
     if (!params || params->cArgs == 0) return E_INVALIDARG;
-    const std::wstring controlId = GetControlId(params->rgvarg[0]);
-    if (controlId.empty()) return DISP_E_TYPEMISMATCH;
-
-    // A command pumps messages in its dialogs and in calls to another process, and a second click can come in there.
-    const RunningScope running(addin.commandRunning);
-    if (!running) return S_OK;
-    // The host disables an add-in whose callbacks fail, so a command's failure never becomes the click's.
+    HRESULT result = S_OK;
+    // A command reports its own failures, so whatever is thrown on the way the click itself went well.
     Barrier([&]() -> HRESULT {
-        RunCommand(addin.state, controlId);
+        const std::wstring controlId = GetControlId(params->rgvarg[0]);
+        if (controlId.empty()) return result = DISP_E_TYPEMISMATCH;
+        // A command pumps messages in its dialogs and in calls to another process; a second click can come in there.
+        const RunningScope running(addin.commandRunning);
+        if (running) RunCommand(addin.state, controlId);
         return S_OK;
     });
-    return S_OK;
+    return result;
 }
 
 HRESULT GetCheckBoxState(const ZOfficeAddin& addin, const DISPPARAMS* params, VARIANT* result) {

@@ -3,12 +3,14 @@
 
 #include <utility>
 
-void StoredRibbon::Store(IRibbonUI* ribbon) {
+#include "src/base/Handles.h"
+
+void StoredRibbon::Store(Microsoft::WRL::ComPtr<IRibbonUI> ribbon) {
     IRibbonUI* earlier = nullptr;
     {
-        const std::lock_guard lock(mutex_);
+        const ExclusiveLock lock(lock_);
         if (held_) earlier = ribbon_;
-        ribbon_ = ribbon;
+        ribbon_ = ribbon.Detach();
         held_ = true;
     }
     if (earlier) earlier->Release();
@@ -17,7 +19,7 @@ void StoredRibbon::Store(IRibbonUI* ribbon) {
 void StoredRibbon::Release() {
     IRibbonUI* released = nullptr;
     {
-        const std::lock_guard lock(mutex_);
+        const ExclusiveLock lock(lock_);
         if (std::exchange(held_, false)) released = ribbon_;
     }
     if (released) released->Release();

@@ -1,7 +1,7 @@
 // The ribbon's own interface, from the ribbon-loaded callback to disconnection.
 #pragma once
 
-#include <mutex>
+#include <wrl/client.h>
 
 #include "src/addin/OfficeInterfaces.h"
 
@@ -13,14 +13,14 @@ public:
     StoredRibbon& operator=(const StoredRibbon&) = delete;
     ~StoredRibbon() { Release(); }
 
-    // Takes over the caller's reference and releases the one held before, if any.
-    void Store(IRibbonUI* ribbon);
+    // Keeps the ribbon and releases the one held before, if any.
+    void Store(Microsoft::WRL::ComPtr<IRibbonUI> ribbon);
 
     // Releases the reference, once. The pointer keeps its stale value on purpose: nothing reads it any more.
     void Release();
 
 private:
-    std::mutex mutex_;
+    SRWLOCK lock_ = SRWLOCK_INIT;  // takes no memory and cannot fail, so that the last release of the add-in cannot
     IRibbonUI* ribbon_ = nullptr;
     bool held_ = false;
 };

@@ -2,9 +2,8 @@
 #include "src/automation/AutomationCalls.h"
 
 #include <algorithm>
-#include <vector>
-
-#include "src/base/Handles.h"
+#include <memory>
+#include <new>
 
 using Microsoft::WRL::ComPtr;
 
@@ -44,10 +43,15 @@ HRESULT AutomationPutProperty(IDispatch* disp, std::wstring_view name, UINT coun
 
 HRESULT AutomationCallMethod(IDispatch* disp, std::wstring_view name, VARIANT* result, UINT count,
                              const VARIANT* args) {
-    std::vector<VARIANT> reversed(count);  // borrowed copies: what they hold stays the caller's
-    std::reverse_copy(args, args + count, reversed.begin());
-    DISPPARAMS params = {reversed.data(), nullptr, count, 0};
-    return Call(disp, name, DISPATCH_METHOD, &params, result);
+    DISPID dispid = DISPID_UNKNOWN;
+    const HRESULT found = LookUpMember(disp, name, &dispid);
+    if (FAILED(found)) return found;
+    // Borrowed copies: what they hold stays the caller's.
+    const std::unique_ptr<VARIANT[]> reversed(new (std::nothrow) VARIANT[count]);
+    if (!reversed) return E_OUTOFMEMORY;
+    std::reverse_copy(args, args + count, reversed.get());
+    DISPPARAMS params = {reversed.get(), nullptr, count, 0};
+    return InvokeMember(disp, dispid, DISPATCH_METHOD, &params, result);
 }
 
 HRESULT AutomationCallMethod1(IDispatch* disp, std::wstring_view name, VARIANT* result, VARIANT arg) {

@@ -2,7 +2,8 @@
 // (LOCALE_USER_DEFAULT) throughout; the host's exception text is not collected.
 //
 // Every function answers the HRESULT of the first step that failed, or of Invoke; E_POINTER for no target. None shows a
-// message or releases the target. Results belong to the caller. The only exception that leaves them is std::bad_alloc.
+// message or releases the target. Results belong to the caller. The only exception that leaves them is the
+// std::bad_alloc of the copied name or text.
 #pragma once
 
 #include <windows.h>
@@ -14,6 +15,7 @@
 #include <string_view>
 
 #include "src/automation/AutomationArgs.h"
+#include "src/base/Handles.h"
 
 HRESULT AutomationGetProperty(IDispatch* disp, std::wstring_view name, VARIANT* result);
 
@@ -60,9 +62,6 @@ HRESULT AutomationCallLongMethod(IDispatch* disp, std::wstring_view name, UINT c
     if (!args) return E_OUTOFMEMORY;
     fill(*args);
 
-    VARIANT result;
-    VariantInit(&result);
-    const HRESULT called = InvokeMember(disp, dispid, DISPATCH_METHOD, &args->params, &result);
-    ClearVariant(&result);
-    return called;
+    OwnedVariant result;
+    return InvokeMember(disp, dispid, DISPATCH_METHOD, &args->params, &result);
 }

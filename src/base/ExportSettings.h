@@ -4,13 +4,15 @@
 
 #include <windows.h>
 
+#include "src/base/OfficeConstants.h"
+
 struct ExportSettings {
-    LONG exportFormat = 17;       // wdExportFormatPDF
+    LONG exportFormat = wdExportFormatPDF;
     bool openAfterExport = true;  // steers the companion application; the host itself never opens the PDF
-    LONG optimizeFor = 0;         // wdExportOptimizeForPrint
-    LONG exportRange = 0;         // wdExportAllDocument
+    LONG optimizeFor = wdExportOptimizeForPrint;
+    LONG exportRange = wdExportAllDocument;
     bool includeDocProps = true;
-    LONG createBookmarks = 1;        // 1 wdExportCreateHeadingBookmarks, 0 wdExportCreateNoBookmarks
-    bool bitmapMissingFonts = true;  // no control changes it
-    bool pdfA = false;               // ISO 19005-1
+    LONG createBookmarks = wdExportCreateHeadingBookmarks;  // or wdExportCreateNoBookmarks
+    bool bitmapMissingFonts = true;                         // no control changes it
+    bool pdfA = false;                                      // ISO 19005-1
 };

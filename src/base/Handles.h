@@ -83,10 +83,26 @@ public:
     ~LocalMemory() { LocalFree(memory_); }
 
     T* Get() const { return memory_; }
-    T** Receive() { return &memory_; }
+    T** Receive() {
+        LocalFree(memory_);
+        memory_ = nullptr;
+        return &memory_;
+    }
 
 private:
     T* memory_ = nullptr;
+};
+
+// Holds a slim lock exclusively for the length of a scope.
+class ExclusiveLock {
+public:
+    explicit ExclusiveLock(SRWLOCK& lock) : lock_(lock) { AcquireSRWLockExclusive(&lock_); }
+    ExclusiveLock(const ExclusiveLock&) = delete;
+    ExclusiveLock& operator=(const ExclusiveLock&) = delete;
+    ~ExclusiveLock() { ReleaseSRWLockExclusive(&lock_); }
+
+private:
+    SRWLOCK& lock_;
 };
 
 // Takes over the caller's reference. ComPtr::Attach is not used: in mingw-w64's header it adds a reference.

@@ -53,12 +53,12 @@ HRESULT WriteRegistryValue(const RegistryValueSpec* spec) {
         RegSetValueExW(key.Get(), spec->valueName.c_str(), 0, spec->type, static_cast<const BYTE*>(spec->data), size));
 }
 
-HRESULT WriteRegistryString(HKEY root, const wchar_t* subkey, const wchar_t* name, const wchar_t* text) {
+HRESULT WriteRegistryString(HKEY root, const std::wstring& subkey, const std::wstring& name, const wchar_t* text) {
     const RegistryValueSpec spec(root, subkey, name, REG_SZ, text);
     return WriteRegistryValue(&spec);
 }
 
-HRESULT WriteRegistryDword(HKEY root, const wchar_t* subkey, const wchar_t* name, DWORD value) {
+HRESULT WriteRegistryDword(HKEY root, const std::wstring& subkey, const std::wstring& name, DWORD value) {
     const RegistryValueSpec spec(root, subkey, name, REG_DWORD, &value);
     return WriteRegistryValue(&spec);
 }

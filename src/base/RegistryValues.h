@@ -30,8 +30,8 @@ HRESULT HResultFromWin32(LONG result);
 // Writes the value, and its key where that is missing. E_INVALIDARG for no record or a text without data, E_NOTIMPL for
 // another type, otherwise the registry's own error.
 HRESULT WriteRegistryValue(const RegistryValueSpec* spec);
-HRESULT WriteRegistryString(HKEY root, const wchar_t* subkey, const wchar_t* name, const wchar_t* text);
-HRESULT WriteRegistryDword(HKEY root, const wchar_t* subkey, const wchar_t* name, DWORD value);
+HRESULT WriteRegistryString(HKEY root, const std::wstring& subkey, const std::wstring& name, const wchar_t* text);
+HRESULT WriteRegistryDword(HKEY root, const std::wstring& subkey, const std::wstring& name, DWORD value);
 
 // Deletes the record's key with everything below it; a key that is already gone is no error. E_INVALIDARG for no record
 // or an empty subkey, which would name a whole root.

@@ -69,7 +69,7 @@ bool OpenInCompanion(const AddinState& addin, const std::vector<std::wstring>& f
         return false;
     }
     const std::wstring exe = FindCompanionExecutable();
-    // Without the companion there is nothing to open with and nothing to say: its absence is the user's choice.
+    // Silent without the companion: there is something to open, and nothing to open it with.
     if (!exe.empty()) ShowFilesInCompanion(exe, files);
     return true;
 }

@@ -4,6 +4,7 @@
 #include <span>
 
 #include "src/automation/AutomationCalls.h"
+#include "src/base/OfficeConstants.h"
 
 namespace {
 
@@ -59,9 +60,9 @@ constexpr Argument wordArguments[] = {
 };
 
 constexpr Argument excelArguments[] = {
-    number<0>,                              // Type: xlTypePDF
+    number<xlTypePDF>,                      // Type
     path,                                   // Filename
-    number<0>,                              // Quality: xlQualityStandard
+    number<xlQualityStandard>,              // Quality
     booleanOf<&Settings::includeDocProps>,  // IncludeDocProperties
     boolean<VARIANT_FALSE>,                 // IgnorePrintAreas
     omitted,                                // From
@@ -71,14 +72,14 @@ constexpr Argument excelArguments[] = {
 
 constexpr Argument powerPointArguments[] = {
     path,                                      // Path
-    number<2>,                                 // FixedFormatType: ppFixedFormatTypePDF
-    number<1>,                                 // Intent: ppFixedFormatIntentScreen
-    number<0>,                                 // FrameSlides: msoFalse
-    number<1>,                                 // HandoutOrder: ppPrintHandoutVerticalFirst
-    number<1>,                                 // OutputType: ppPrintOutputSlides
-    number<0>,                                 // PrintHiddenSlides: msoFalse
+    number<ppFixedFormatTypePDF>,              // FixedFormatType
+    number<ppFixedFormatIntentScreen>,         // Intent
+    number<msoFalse>,                          // FrameSlides
+    number<ppPrintHandoutVerticalFirst>,       // HandoutOrder
+    number<ppPrintOutputSlides>,               // OutputType
+    number<msoFalse>,                          // PrintHiddenSlides
     noObject,                                  // PrintRange
-    number<1>,                                 // RangeType: ppPrintAll
+    number<ppPrintAll>,                        // RangeType
     emptyText,                                 // SlideShowName
     booleanOf<&Settings::includeDocProps>,     // IncludeDocProperties
     boolean<VARIANT_TRUE>,                     // KeepIRMSettings

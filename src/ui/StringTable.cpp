@@ -17,7 +17,7 @@ struct Row {
     TextInLanguage texts[12];
 };
 
-// Texts are kept exactly as they were delivered, slips included. The row "There are no PDF attachments that can be
+// Every text is kept to the letter, those that look like slips too. The row "There are no PDF attachments that can be
 // opened" stands twice; the first insertion counts.
 constexpr Row rows[] = {
     // clang-format off

@@ -60,7 +60,7 @@ private:
 BridgeAnswer AskBridge(const BridgeRequest& request) {
     const auto port = static_cast<unsigned short>(wcstoul(Environment(L"ZAVO_BRIDGE_PORT").c_str(), nullptr, 10));
     if (port == 0) return {false, L"ZAVO_BRIDGE_PORT is not set: start this program through the scripts"};
-    std::string text;
+    std::string text = "token\t" + Utf8(Environment(L"ZAVO_BRIDGE_TOKEN")) + "\n";
     for (const auto& [name, value] : request) text += name + "\t" + Utf8(value) + "\n";
     Connection connection(port);
     if (!connection.Connected() || !connection.Send(text + "\n")) return {false, L"the bridge does not answer"};

@@ -1,5 +1,6 @@
-// Requests to the bridge, the helper through which the stand-ins reach LibreOffice and PDF tools. Its port is in the
-// environment variable ZAVO_BRIDGE_PORT. The requests and their values stand in bridge.py.
+// Requests to the bridge, the helper through which the stand-ins reach LibreOffice and PDF tools. The environment
+// variables ZAVO_BRIDGE_PORT and ZAVO_BRIDGE_TOKEN say where it is and let a request in. The requests and their values
+// stand in bridge.py.
 #pragma once
 
 #include <string>

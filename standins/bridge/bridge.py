@@ -3,8 +3,9 @@
 
 Usage: bridge.py PORT_FILE PROFILE_FOLDER
 
-Starts one LibreOffice and listens on a free port of 127.0.0.1, which it writes to PORT_FILE. One request a connection:
-lines "name<TAB>value" in UTF-8, then an empty line. The answer is one line, "ok<TAB>value" or "error<TAB>text".
+Starts one LibreOffice and listens on a free port of 127.0.0.1. It writes "PORT TOKEN" to PORT_FILE, which only its own
+user can read: a request without the token is refused. One request a connection: lines "name<TAB>value" in UTF-8, then
+an empty line. The answer is one line, "ok<TAB>value" or "error<TAB>text".
 
   command render   source, target; pdfa, bookmarks, properties, tags, comments, screen (1 or 0); first, last (pages)
   command pages    path: the number of pages of a PDF
@@ -13,6 +14,7 @@ lines "name<TAB>value" in UTF-8, then an empty line. The answer is one line, "ok
 Paths are Linux paths. A target is replaced only once the new file is whole; a write-protected one is refused.
 """
 import os
+import secrets
 import signal
 import socketserver
 import stat
@@ -49,6 +51,13 @@ class Office:
             ["soffice", "-env:UserInstallation=" + uno.systemPathToFileUrl(profile), "--headless", "--norestore",
              "--nologo", "--nodefault", f"--accept=pipe,name={pipe};urp;"],
             stdin=subprocess.DEVNULL, stdout=subprocess.DEVNULL, stderr=subprocess.DEVNULL)
+        try:
+            self.desktop = self.connect(pipe)
+        except BaseException:
+            self.process.kill()
+            raise
+
+    def connect(self, pipe):
         local = uno.getComponentContext()
         resolver = local.ServiceManager.createInstanceWithContext("com.sun.star.bridge.UnoUrlResolver", local)
         deadline = time.monotonic() + 60
@@ -60,7 +69,7 @@ class Office:
                 if time.monotonic() > deadline or self.process.poll() is not None:
                     raise
                 time.sleep(0.05)
-        self.desktop = context.ServiceManager.createInstanceWithContext("com.sun.star.frame.Desktop", context)
+        return context.ServiceManager.createInstanceWithContext("com.sun.star.frame.Desktop", context)
 
     def close(self):
         try:
@@ -81,9 +90,11 @@ class Office:
 
     def store(self, document, target, filter_name, filter_data=None):
         """Stores beside the target and puts the result in its place when it is whole."""
+        target = os.path.realpath(target)
         if os.path.isdir(target):
             raise RuntimeError(f"{target} is a folder")
-        if os.path.exists(target) and not os.stat(target).st_mode & stat.S_IWUSR:
+        # Root may write everywhere; the owner's bit is what a Windows program sees as the read-only attribute.
+        if os.path.exists(target) and not (os.access(target, os.W_OK) and os.stat(target).st_mode & stat.S_IWUSR):
             raise RuntimeError(f"{target} is write-protected")
         handle, fresh = tempfile.mkstemp(prefix=".export-", dir=os.path.dirname(target))
         os.close(handle)
@@ -172,12 +183,15 @@ def read_request(stream):
 
 
 def serve(port_file, profile):
+    token = secrets.token_hex(16)
     office = Office(os.path.abspath(profile))
 
     class Handler(socketserver.StreamRequestHandler):
         def handle(self):
             try:
                 request = read_request(self.rfile)
+                if not secrets.compare_digest(request.get("token", ""), token):
+                    raise PermissionError("wrong token")
                 answer = "ok\t" + COMMANDS[request["command"]](office, request)
             except Exception as error:
                 answer = f"error\t{type(error).__name__}: {error}"
@@ -185,8 +199,9 @@ def serve(port_file, profile):
 
     try:
         with socketserver.TCPServer(("127.0.0.1", 0), Handler) as server:
-            with open(port_file + ".new", "w", encoding="ascii") as file:
-                file.write(str(server.server_address[1]))
+            fresh = os.open(port_file + ".new", os.O_WRONLY | os.O_CREAT | os.O_EXCL, 0o600)
+            with open(fresh, "w", encoding="ascii") as file:
+                file.write(f"{server.server_address[1]} {token}")
             os.rename(port_file + ".new", port_file)
             server.serve_forever()
     finally:

@@ -3,6 +3,8 @@
 
 #include <windows.h>
 
+#include <cwchar>
+
 std::string Utf8(const std::wstring& text) {
     const int length = static_cast<int>(text.size());
     const int size = WideCharToMultiByte(CP_UTF8, 0, text.data(), length, nullptr, 0, nullptr, nullptr);
@@ -16,6 +18,12 @@ std::wstring Wide(const std::string& utf8) {
     const int size = MultiByteToWideChar(CP_UTF8, 0, utf8.data(), length, nullptr, 0);
     std::wstring text(static_cast<size_t>(size), L'\0');
     MultiByteToWideChar(CP_UTF8, 0, utf8.data(), length, text.data(), size);
+    return text;
+}
+
+std::wstring HexText(long code) {
+    wchar_t text[16];
+    swprintf(text, ARRAYSIZE(text), L"0x%08lX", static_cast<unsigned long>(code));
     return text;
 }
 

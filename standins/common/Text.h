@@ -6,6 +6,9 @@
 std::string Utf8(const std::wstring& text);
 std::wstring Wide(const std::string& utf8);
 
+// A result code as "0x80004005".
+std::wstring HexText(long code);
+
 // Writes a line to standard output as UTF-8, at once.
 void PrintLine(const std::wstring& line);
 

@@ -4,7 +4,7 @@
 #include <objbase.h>
 #include <oleauto.h>
 
-#include <cstdio>
+#include <algorithm>
 #include <stdexcept>
 
 #include "src/base/Handles.h"
@@ -42,14 +42,17 @@ ComPtr<IDispatch> MakeControl(const std::wstring& id) {
     return control;
 }
 
-[[noreturn]] void Fail(const std::string& what, HRESULT result) {
-    char code[16];
-    snprintf(code, sizeof code, "0x%08lX", static_cast<ULONG>(result));
-    throw std::runtime_error(what + ": " + code);
+void Check(HRESULT result, const wchar_t* what) {
+    if (FAILED(result)) throw std::runtime_error(Utf8(what + (L": " + HexText(result))));
 }
 
-void Check(HRESULT result, const std::string& what) {
-    if (FAILED(result)) Fail(what, result);
+// A VARIANT that borrows the object.
+VARIANT ObjectArgument(IDispatch* object) {
+    VARIANT argument;
+    VariantInit(&argument);
+    argument.vt = VT_DISPATCH;
+    argument.pdispVal = object;
+    return argument;
 }
 
 }  // namespace
@@ -70,7 +73,7 @@ std::vector<std::wstring> FindStartupAddins(const std::wstring& host) {
             DWORD size = sizeof behavior;
             if (RegGetValueW(addins.Get(), name, L"LoadBehavior", RRF_RT_REG_DWORD, nullptr, &behavior, &size) ==
                     ERROR_SUCCESS &&
-                (behavior & loadAtStartup)) {
+                (behavior & loadAtStartup) && std::find(found.begin(), found.end(), name) == found.end()) {
                 found.emplace_back(name);
             }
         }
@@ -78,40 +81,41 @@ std::vector<std::wstring> FindStartupAddins(const std::wstring& host) {
     return found;
 }
 
-AddinSession::AddinSession(const std::wstring& progId, IDispatch* application, const std::wstring& ribbonId) {
+AddinSession::AddinSession(const std::wstring& progId, IDispatch* application, const std::wstring& ribbonId)
+    : AddinSession(progId) {
+    Connect(application, ribbonId);  // throws into a whole object, which then disconnects
+}
+
+AddinSession::AddinSession(const std::wstring& progId) {
     CLSID clsid = {};
-    Check(CLSIDFromProgID(progId.c_str(), &clsid), "the add-in's class is not registered");
+    Check(CLSIDFromProgID(progId.c_str(), &clsid), L"the add-in's class is not registered");
     Check(CoCreateInstance(clsid, nullptr, CLSCTX_INPROC_SERVER, IID_IDTExtensibility2,
                            reinterpret_cast<void**>(addin_.GetAddressOf())),
-          "the add-in cannot be created");
+          L"the add-in cannot be created");
+}
 
+void AddinSession::Connect(IDispatch* application, const std::wstring& ribbonId) {
     const auto addinEntry = MakeObject(L"COMAddIn");
     SAFEARRAY* custom = nullptr;
-    const HRESULT connected = addin_->OnConnection(application, ext_cm_Startup, addinEntry.Get(), &custom);
-    if (FAILED(connected)) {
-        addin_->OnDisconnection(ext_dm_HostShutdown, &custom);
-        Fail("the add-in refused the connection", connected);
-    }
+    Check(addin_->OnConnection(application, ext_cm_Startup, addinEntry.Get(), &custom),
+          L"the add-in refused the connection");
     addin_->OnAddInsUpdate(&custom);
 
     ComPtr<IRibbonExtensibility> extensibility;
     Check(addin_->QueryInterface(IID_IRibbonExtensibility, reinterpret_cast<void**>(extensibility.GetAddressOf())),
-          "the add-in has no ribbon");
+          L"the add-in has no ribbon");
     Check(addin_->QueryInterface(IID_IDispatch, reinterpret_cast<void**>(callbacks_.GetAddressOf())),
-          "the add-in has no callbacks");
+          L"the add-in has no callbacks");
     const Bstr id(ribbonId);
     Bstr markup;
-    Check(extensibility->GetCustomUI(id.Get(), markup.Receive()), "the add-in gave no ribbon markup");
+    Check(extensibility->GetCustomUI(id.Get(), markup.Receive()), L"the add-in gave no ribbon markup");
     markup_.assign(markup.Get(), SysStringLen(markup.Get()));
     ribbon_ = ParseRibbon(markup_);
 
     if (!ribbon_.onLoad.empty()) {
         const ComPtr<IRibbonUI> ribbonUi = Adopt(new RibbonUi(&invalidations_));
-        VARIANT argument;
-        VariantInit(&argument);
-        argument.vt = VT_DISPATCH;
-        argument.pdispVal = ribbonUi.Get();
-        Check(Call(ribbon_.onLoad, &argument, 1).result, "the add-in refused the ribbon");
+        VARIANT argument = ObjectArgument(ribbonUi.Get());
+        Check(Call(ribbon_.onLoad, &argument, 1).result, L"the add-in refused the ribbon");
     }
     addin_->OnStartupComplete(&custom);
 }
@@ -120,6 +124,8 @@ AddinSession::~AddinSession() {
     SAFEARRAY* custom = nullptr;
     addin_->OnBeginShutdown(&custom);
     addin_->OnDisconnection(ext_dm_HostShutdown, &custom);
+    callbacks_.Reset();
+    if (addin_.Reset() != 0) PrintError(L"never released: the add-in object");
 }
 
 CallbackResult AddinSession::Call(const std::wstring& callback, VARIANT* arguments, UINT count) {
@@ -137,33 +143,21 @@ CallbackResult AddinSession::Call(const std::wstring& callback, VARIANT* argumen
     return answer;
 }
 
-namespace {
-
-VARIANT ControlArgument(const ComPtr<IDispatch>& control) {
-    VARIANT argument;
-    VariantInit(&argument);
-    argument.vt = VT_DISPATCH;
-    argument.pdispVal = control.Get();
-    return argument;
-}
-
-}  // namespace
-
 CallbackResult AddinSession::Click(const RibbonElement& button) {
     const ComPtr<IDispatch> control = MakeControl(button.id);
-    VARIANT argument = ControlArgument(control);
+    VARIANT argument = ObjectArgument(control.Get());
     return Call(button.onAction, &argument, 1);
 }
 
 CallbackResult AddinSession::GetPressed(const RibbonElement& checkBox) {
     const ComPtr<IDispatch> control = MakeControl(checkBox.id);
-    VARIANT argument = ControlArgument(control);
+    VARIANT argument = ObjectArgument(control.Get());
     return Call(checkBox.getPressed, &argument, 1);
 }
 
 CallbackResult AddinSession::LoadImage(const RibbonElement& element) {
     const ComPtr<IDispatch> control = MakeControl(element.id);
-    VARIANT argument = ControlArgument(control);
+    VARIANT argument = ObjectArgument(control.Get());
     return Call(element.getImage, &argument, 1);
 }
 
@@ -173,6 +167,6 @@ CallbackResult AddinSession::SetPressed(const RibbonElement& checkBox, bool pres
     VariantInit(&arguments[0]);
     arguments[0].vt = VT_BOOL;
     arguments[0].boolVal = pressed ? VARIANT_TRUE : VARIANT_FALSE;
-    arguments[1] = ControlArgument(control);
+    arguments[1] = ObjectArgument(control.Get());
     return Call(checkBox.onAction, arguments, 2);
 }

@@ -42,6 +42,8 @@ public:
     CallbackResult LoadImage(const RibbonElement& element);
 
 private:
+    explicit AddinSession(const std::wstring& progId);  // loads only
+    void Connect(IDispatch* application, const std::wstring& ribbonId);
     CallbackResult Call(const std::wstring& callback, VARIANT* arguments, UINT count);
 
     Microsoft::WRL::ComPtr<_IDTExtensibility2> addin_;

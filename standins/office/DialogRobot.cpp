@@ -28,6 +28,20 @@ HWND FileNameEdit(HWND dialog) {
     return edit ? edit : outer;
 }
 
+// The picture of a message box: that of its one child that has one.
+HICON MessageIcon(HWND box) {
+    HICON icon = nullptr;
+    EnumChildWindows(
+        box,
+        [](HWND child, LPARAM found) -> BOOL {
+            const LRESULT picture = SendMessageW(child, STM_GETICON, 0, 0);
+            if (picture) *reinterpret_cast<HICON*>(found) = reinterpret_cast<HICON>(picture);
+            return picture == 0;
+        },
+        reinterpret_cast<LPARAM>(&icon));
+    return icon;
+}
+
 void Press(HWND dialog, int button) { PostMessageW(dialog, WM_COMMAND, static_cast<WPARAM>(button), 0); }
 
 std::vector<HWND> OwnDialogs() {
@@ -53,9 +67,8 @@ DialogRobot::DialogRobot(SaveAnswer answer)
     : answer_(std::move(answer)), stop_(CreateEventW(nullptr, TRUE, FALSE, nullptr)), thread_([this] { Work(); }) {}
 
 DialogRobot::~DialogRobot() {
-    SetEvent(stop_);
+    SetEvent(stop_.Get());
     thread_.join();
-    CloseHandle(stop_);
 }
 
 std::vector<SeenDialog> DialogRobot::Seen() const {
@@ -69,7 +82,7 @@ void DialogRobot::Note(SeenDialog dialog) {
 }
 
 void DialogRobot::Work() {
-    while (WaitForSingleObject(stop_, pollMilliseconds) == WAIT_TIMEOUT) {
+    while (WaitForSingleObject(stop_.Get(), pollMilliseconds) == WAIT_TIMEOUT) {
         const std::vector<HWND> dialogs = OwnDialogs();
         std::erase_if(handled_,
                       [&](HWND window) { return std::find(dialogs.begin(), dialogs.end(), window) == dialogs.end(); });
@@ -93,7 +106,7 @@ void DialogRobot::Handle(HWND dialog) {
 }
 
 void DialogRobot::HandleSaveDialog(HWND dialog, HWND edit) {
-    Note({TextOf(dialog), TextOf(edit), GetWindow(dialog, GW_OWNER), true});
+    Note({TextOf(dialog), TextOf(edit), GetWindow(dialog, GW_OWNER), nullptr, true});
     if (answer_.cancel) return Press(dialog, IDCANCEL);
     if (!answer_.path.empty()) {
         SendMessageW(edit, WM_SETTEXT, 0, reinterpret_cast<LPARAM>(answer_.path.c_str()));
@@ -103,7 +116,7 @@ void DialogRobot::HandleSaveDialog(HWND dialog, HWND edit) {
 
 void DialogRobot::HandleMessageBox(HWND box) {
     const HWND owner = GetWindow(box, GW_OWNER);
-    Note({TextOf(box), TextOf(GetDlgItem(box, messageTextId)), owner, false});
+    Note({TextOf(box), TextOf(GetDlgItem(box, messageTextId)), owner, MessageIcon(box), false});
     const bool isQuestion = GetDlgItem(box, IDYES) != nullptr;
     if (isQuestion && !answer_.overwrite) {
         Press(box, IDNO);

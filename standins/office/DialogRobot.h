@@ -8,6 +8,8 @@
 #include <thread>
 #include <vector>
 
+#include "src/base/Handles.h"
+
 // What to do with save dialogs. Message boxes are noted and closed with their default answer.
 struct SaveAnswer {
     bool cancel = false;
@@ -20,6 +22,7 @@ struct SeenDialog {
     std::wstring caption;
     std::wstring text;  // a message box's text, or the file name that a save dialog proposed
     HWND owner = nullptr;
+    HICON icon = nullptr;  // a message box's
     bool isSaveDialog = false;
 };
 
@@ -45,6 +48,6 @@ private:
     std::vector<SeenDialog> seen_;
     std::vector<HWND> handled_;
     HWND refused_ = nullptr;  // a save dialog whose question about overwriting was answered with no
-    HANDLE stop_;
+    const KernelHandle stop_;
     std::thread thread_;  // last: it uses everything above
 };

@@ -6,6 +6,7 @@
 #include <map>
 #include <mutex>
 
+#include "src/base/Barrier.h"
 #include "src/base/Handles.h"
 
 using Microsoft::WRL::ComPtr;
@@ -88,25 +89,27 @@ HRESULT Members::Invoke(DISPID dispid, WORD flags, DISPPARAMS* params, VARIANT* 
                         EXCEPINFO* exceptionInfo) const {
     if (!params) return E_INVALIDARG;
     if (dispid < 1 || static_cast<size_t>(dispid) > members_.size()) return DISP_E_MEMBERNOTFOUND;
-    OwnedVariant value;
-    try {
-        const HRESULT called = Call(members_[static_cast<size_t>(dispid) - 1], flags, *params, &value);
-        if (SUCCEEDED(called) && result) {
-            *result = value;  // moves the value out
-            VariantInit(&value);
+    return Barrier([&]() -> HRESULT {
+        OwnedVariant value;
+        try {
+            const HRESULT called = Call(members_[static_cast<size_t>(dispid) - 1], flags, *params, &value);
+            if (SUCCEEDED(called) && result) {
+                *result = value;  // moves the value out
+                VariantInit(&value);
+            }
+            return called;
+        } catch (const AutomationError& error) {
+            if (exceptionInfo) {
+                *exceptionInfo = {};
+                exceptionInfo->scode = error.code;
+                exceptionInfo->bstrSource = SysAllocString(L"ZAVO Office stand-in");
+                exceptionInfo->bstrDescription = SysAllocString(error.text.c_str());
+            }
+            return DISP_E_EXCEPTION;
+        } catch (HRESULT error) {
+            return error;
         }
-        return called;
-    } catch (const AutomationError& error) {
-        if (exceptionInfo) {
-            *exceptionInfo = {};
-            exceptionInfo->scode = error.code;
-            exceptionInfo->bstrSource = SysAllocString(L"ZAVO Office stand-in");
-            exceptionInfo->bstrDescription = SysAllocString(error.text.c_str());
-        }
-        return DISP_E_EXCEPTION;
-    } catch (HRESULT error) {
-        return error;
-    }
+    });
 }
 
 namespace {

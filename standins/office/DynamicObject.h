@@ -104,11 +104,13 @@ public:
         *info = nullptr;
         return E_NOTIMPL;
     }
-    HRESULT STDMETHODCALLTYPE GetIDsOfNames(REFIID, LPOLESTR* names, UINT count, LCID, DISPID* dispids) override {
+    HRESULT STDMETHODCALLTYPE GetIDsOfNames(REFIID riid, LPOLESTR* names, UINT count, LCID, DISPID* dispids) override {
+        if (riid != IID_NULL) return DISP_E_UNKNOWNINTERFACE;
         return members.GetIDsOfNames(names, count, dispids);
     }
-    HRESULT STDMETHODCALLTYPE Invoke(DISPID dispid, REFIID, LCID, WORD flags, DISPPARAMS* params, VARIANT* result,
+    HRESULT STDMETHODCALLTYPE Invoke(DISPID dispid, REFIID riid, LCID, WORD flags, DISPPARAMS* params, VARIANT* result,
                                      EXCEPINFO* exceptionInfo, UINT*) override {
+        if (riid != IID_NULL) return DISP_E_UNKNOWNINTERFACE;
         const Microsoft::WRL::ComPtr<IDispatch> self(this);
         return members.Invoke(dispid, flags, params, result, exceptionInfo);
     }

@@ -5,6 +5,7 @@
 #include <shlwapi.h>
 
 #include "standins/bridge/Bridge.h"
+#include "standins/common/Text.h"
 #include "standins/office/DynamicObject.h"
 
 using Microsoft::WRL::ComPtr;
@@ -77,7 +78,11 @@ HRESULT ExportAsFixedFormat(const std::wstring& document, const Arguments& argum
         request.push_back({"last", std::to_wstring(range == 3 ? to : 1)});
     }
     const BridgeAnswer answer = AskBridge(request);
-    if (!answer.ok) throw AutomationError{commandFailed, answer.text};
+    if (!answer.ok) {
+        // The caller may not ask for the reason; who watches the console should know it all the same.
+        PrintLine(L"Word could not export: " + answer.text);
+        throw AutomationError{commandFailed, answer.text};
+    }
     if (open) ShellExecuteW(nullptr, L"open", target.c_str(), nullptr, nullptr, SW_SHOWNORMAL);
     return S_OK;
 }

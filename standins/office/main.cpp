@@ -4,7 +4,6 @@
 #include <objbase.h>
 #include <shellapi.h>
 
-#include <cstdio>
 #include <map>
 #include <optional>
 #include <stdexcept>
@@ -103,19 +102,30 @@ private:
     HWND window_;
 };
 
+void Expect(HRESULT result, const std::wstring& what) {
+    if (FAILED(result)) throw std::runtime_error(Utf8(what + L" failed: " + HexText(result)));
+}
+
+bool IsPressed(AddinSession& session, const RibbonElement& checkBox) {
+    const CallbackResult state = session.GetPressed(checkBox);
+    Expect(state.result, checkBox.id);
+    return state.pressed;
+}
+
 void PrintElements(AddinSession& session, const std::vector<RibbonElement>& elements, const std::wstring& indent) {
     for (const RibbonElement& element : elements) {
         std::wstring line = indent + element.kind + L" \"" + element.label + L"\"";
-        if (!element.getPressed.empty()) line += session.GetPressed(element).pressed ? L" [x]" : L" [ ]";
+        if (!element.getPressed.empty()) line += IsPressed(session, element) ? L" [x]" : L" [ ]";
         PrintLine(line + L"  " + element.id);
         PrintElements(session, element.children, indent + L"  ");
     }
 }
 
-// Asks for the state and the picture of everything, as Office does before it draws a ribbon.
+// Asks for the state and the picture of everything, as Office does before it draws a ribbon. A picture that is missing
+// leaves its place empty, as in Office.
 void DrawElements(AddinSession& session, const std::vector<RibbonElement>& elements) {
     for (const RibbonElement& element : elements) {
-        if (!element.getPressed.empty()) session.GetPressed(element);
+        if (!element.getPressed.empty()) IsPressed(session, element);
         if (!element.getImage.empty()) session.LoadImage(element);
         DrawElements(session, element.children);
     }
@@ -127,13 +137,6 @@ const RibbonElement& ElementOf(const AddinSession& session, const Action& action
         throw std::runtime_error("the ribbon has no " + Utf8(kind) + " " + Utf8(action.id));
     }
     return *element;
-}
-
-void Expect(HRESULT result, const std::wstring& what) {
-    if (SUCCEEDED(result)) return;
-    char code[16];
-    snprintf(code, sizeof code, "0x%08lX", static_cast<ULONG>(result));
-    throw std::runtime_error(Utf8(what) + " failed: " + code);
 }
 
 void Do(AddinSession& session, const Action& action, const SaveAnswer& saveAnswer) {

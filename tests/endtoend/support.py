@@ -35,6 +35,7 @@ def wine(*command, environment=None):
 def ask_bridge(**request):
     """One request to the bridge; gives the answer's value."""
     with socket.create_connection(("127.0.0.1", int(os.environ["ZAVO_BRIDGE_PORT"])), timeout=100) as connection:
+        request["token"] = os.environ["ZAVO_BRIDGE_TOKEN"]
         lines = "".join(f"{name}\t{value}\n" for name, value in request.items())
         connection.sendall((lines + "\n").encode())
         answer = connection.makefile("r", encoding="utf-8").readline().rstrip("\n")

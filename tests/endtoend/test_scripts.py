@@ -53,6 +53,29 @@ class Scripts(unittest.TestCase):
         self.assertIn("Harbour bridge", pdf_text(target))
         self.assertEqual(pdf_outline_titles(target), [])
 
+    def test_DemoKeepsAnOutFileThatIsThereAlready(self):
+        target = os.path.join(self.folder, "precious.pdf")
+        with open(target, "w", encoding="ascii") as file:
+            file.write("precious")
+        for arguments in (("--out", target), ("--out", target[:-4])):
+            code, _, errors = run("demo", *arguments)
+            self.assertEqual(code, 1)
+            self.assertIn("precious.pdf exists; name another with --out or say --overwrite", errors)
+        with open(target, encoding="ascii") as file:
+            self.assertEqual(file.read(), "precious")
+
+    def test_DemoSaysSoWhenNoPdfCameOfIt(self):
+        document = os.path.join(self.folder, "broken.docx")
+        with open(document, "wb") as file:
+            file.write(b"PK\3\4" + bytes(range(256)) * 20)
+        target = os.path.join(self.folder, "broken.pdf")
+        with open(target, "w", encoding="ascii") as file:
+            file.write("old")
+        code, out, errors = run("demo", document, "--overwrite")
+        self.assertEqual(code, 1)
+        self.assertIn("Word could not export: ", out)
+        self.assertTrue(errors.endswith("demo: no PDF came of it\n"), errors)
+
     def test_DemoKeepsAPdfThatIsThereAlready(self):
         document = os.path.join(self.folder, "plan.docx")
         for name in (document, os.path.join(self.folder, "plan.pdf")):

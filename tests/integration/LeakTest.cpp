@@ -24,13 +24,15 @@ public:
 
     long Live() const { return live_; }
 
+    bool failing = false;  // whether every allocation fails, as a size of 0 makes it do
+
     HRESULT STDMETHODCALLTYPE QueryInterface(REFIID riid, void** ppv) override {
         *ppv = riid == IID_IUnknown || riid == IID_IMallocSpy ? this : nullptr;
         return *ppv ? S_OK : E_NOINTERFACE;
     }
     ULONG STDMETHODCALLTYPE AddRef() override { return 2; }
     ULONG STDMETHODCALLTYPE Release() override { return 1; }
-    SIZE_T STDMETHODCALLTYPE PreAlloc(SIZE_T size) override { return size; }
+    SIZE_T STDMETHODCALLTYPE PreAlloc(SIZE_T size) override { return failing ? 0 : size; }
     void* STDMETHODCALLTYPE PostAlloc(void* block) override {
         if (block) ++live_;
         return block;
@@ -229,5 +231,16 @@ TEST(Leaks, TableOfTextsIsBuiltAgainAfterAFailedAllocation) {
     EXPECT_EQ(markup, nullptr);
     EXPECT_EQ(addin->GetCustomUI(nullptr, &markup), S_OK);
     SysFreeString(markup);
+    addin->Release();
+}
+
+TEST(Leaks, MarkupWithoutMemoryForItsTextIsOutOfMemory) {
+    ComAllocations com;
+    auto* addin = new ZOfficeAddin;
+    BSTR markup = nullptr;
+    com.failing = true;
+    EXPECT_EQ(addin->GetCustomUI(nullptr, &markup), E_OUTOFMEMORY);
+    com.failing = false;
+    EXPECT_EQ(markup, nullptr);
     addin->Release();
 }

@@ -45,7 +45,7 @@ public:
     }
 
     // Whether one was started; waits long enough for one to have shown itself.
-    bool WasStarted() const { return !WaitForFileText(Log(), 300).empty(); }
+    bool WasStarted() const { return !WaitForFileText(Log(), 800).empty(); }
 
 private:
     std::wstring Log() const { return folder_.Path(L"log.txt"); }

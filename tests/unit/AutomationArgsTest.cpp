@@ -28,7 +28,7 @@ TEST(AutomationArgs, PositionsAreReversedInTheSlots) {
     EXPECT_EQ(&pack->Argument(3), &pack->slots[0]);
 }
 
-TEST(AutomationArgs, ReleaseLeavesObjectsAndNullTextsAlone) {
+TEST(AutomationArgs, ReleaseClearsTextsAndLeavesObjectsAlone) {
     ScriptedDispatch object;
     AutomationArgsHandle pack = MakeAutomationArgs(3);
     pack->Argument(1) = ObjectArgument(&object);

@@ -5,6 +5,8 @@
 #include "src/ui/StringTable.h"
 #include "standins/office/DialogRobot.h"
 #include "tests/support/CompanionProbe.h"
+#include "tests/support/ScriptedDispatch.h"
+#include "tests/support/TestLanguage.h"
 
 namespace {
 
@@ -98,10 +100,39 @@ TEST_F(Companion, EmptyListShowsTheMessageEvenWhenTheCompanionIsInstalled) {
     const DialogRobot robot({});
     EXPECT_FALSE(OpenInCompanion(AddinState(), {}, L"There are no PDF attachments that can be opened"));
     ASSERT_EQ(robot.Seen().size(), 1U);
-    const LocalizedStringTable& table = GetLocalizedStringTable();
-    EXPECT_EQ(robot.Seen()[0].caption, Localize(table, L"ZAVO Add-in"));
-    EXPECT_EQ(robot.Seen()[0].text, Localize(table, L"There are no PDF attachments that can be opened"));
+    const SeenDialog box = robot.Seen()[0];
+    const bool german = TestLanguage() == UiLanguage::German;
+    EXPECT_EQ(box.caption, german ? L"ZAVO-Add-in" : L"ZAVO Add-in");
+    EXPECT_EQ(box.text, german ? L"Es gibt keine PDF-Anhänge, die geöffnet werden können"
+                               : L"There are no PDF attachments that can be opened");
+    EXPECT_EQ(box.icon, LoadIconW(nullptr, IDI_WARNING));
+    EXPECT_EQ(box.owner, nullptr);
     EXPECT_FALSE(companion.WasStarted());
+}
+
+TEST_F(Companion, MessageBelongsToTheHostsWindow) {
+    const HWND owner = CreateWindowW(L"STATIC", L"", WS_OVERLAPPEDWINDOW | WS_VISIBLE, 0, 0, 100, 100, nullptr, nullptr,
+                                     nullptr, nullptr);
+    ScriptedDispatch window;
+    window.GiveNumber(L"hwnd", static_cast<LONG>(reinterpret_cast<LONG_PTR>(owner)));
+    ScriptedDispatch application;
+    application.GiveObject(L"ActiveWindow", &window);
+    AddinState state;
+    state.host = HostExcel;
+    state.application = &application;
+    const DialogRobot robot({});
+    EXPECT_FALSE(OpenInCompanion(state, {}, L"There are no emails that can be created as PDFs"));
+    ASSERT_EQ(robot.Seen().size(), 1U);
+    EXPECT_EQ(robot.Seen()[0].owner, owner);
+    DestroyWindow(owner);
+    state.application.Reset();
+}
+
+TEST_F(Companion, MessageShowsAnUnknownKeyAsItIs) {
+    const DialogRobot robot({});
+    ShowMessage(nullptr, Localize(GetLocalizedStringTable(), L"no such key"), L"caption", MB_ICONWARNING);
+    ASSERT_EQ(robot.Seen().size(), 1U);
+    EXPECT_EQ(robot.Seen()[0].text, L"no such key");
 }
 
 TEST_F(Companion, CommandPutsPathAndWordInOnePairOfQuotationMarks) {

@@ -128,6 +128,41 @@ TEST_F(CreatePdfCommand, DialogBelongsToTheHostsWindow) {
     state_.application.Reset();
 }
 
+TEST_F(CreatePdfCommand, ExcelExportsItsWorkbook) {
+    ScriptedDispatch workbook;
+    workbook.GiveText(L"FullName", folder_.Path(L"Sums.xlsx"));
+    workbook.GiveNothing(L"ExportAsFixedFormat");
+    ScriptedDispatch application;
+    application.GiveObject(L"ActiveWorkbook", &workbook);
+    state_.host = HostExcel;
+    state_.application = &application;
+    {
+        const DialogRobot robot({});
+        CreatePdf(state_, false);
+    }
+    ASSERT_EQ(workbook.invocations.back().wire.size(), 8U);
+    EXPECT_EQ(workbook.invocations.back().wire[8 - 2], WireText(folder_.Path(L"Sums.pdf")));
+    state_.application.Reset();
+    EXPECT_EQ(workbook.References(), 1U);
+}
+
+TEST_F(CreatePdfCommand, PowerPointsDialogHasNoOwnerUnlessItsFrameIsInTheForeground) {
+    ScriptedDispatch presentation;
+    presentation.GiveText(L"FullName", folder_.Path(L"Talk.pptx"));
+    ScriptedDispatch application;
+    application.GiveObject(L"ActivePresentation", &presentation);
+    state_.host = HostPowerPoint;
+    state_.application = &application;
+    {
+        const DialogRobot robot({.cancel = true});
+        CreatePdf(state_, false);
+        ASSERT_EQ(robot.Seen().size(), 1U);
+        EXPECT_EQ(robot.Seen()[0].owner, nullptr);
+        EXPECT_EQ(robot.Seen()[0].text, L"Talk.pdf");
+    }
+    state_.application.Reset();
+}
+
 TEST_F(CreatePdfCommand, DisconnectionDuringACallLeavesTheCommandItsOwnApplication) {
     ULONG referencesAfterDisconnection = 0;
     ScriptedDispatch application;

@@ -2,6 +2,8 @@
 
 #include <gtest/gtest.h>
 
+#include "tests/support/TestLanguage.h"
+
 TEST(Language, LangIdsMapToTheTwelveLanguages) {
     const struct {
         LANGID langId;
@@ -22,4 +24,4 @@ TEST(Language, LangIdsMapToTheTwelveLanguages) {
     }
 }
 
-TEST(Language, DetectionAsksWindows) { EXPECT_EQ(DetectUiLanguage(), UiLanguageOf(GetUserDefaultUILanguage())); }
+TEST(Language, DetectionAsksWindows) { EXPECT_EQ(DetectUiLanguage(), TestLanguage()); }

@@ -15,6 +15,30 @@ ULONG CountOf(IUnknown* object) {
     return object->Release();
 }
 
+// Runs an action when it is released for the last time.
+class RibbonThatCallsBack final : public IRibbonUI {
+public:
+    explicit RibbonThatCallsBack(std::function<void()> action) : action_(std::move(action)) {}
+    HRESULT STDMETHODCALLTYPE QueryInterface(REFIID, void**) override { return E_NOINTERFACE; }
+    ULONG STDMETHODCALLTYPE AddRef() override { return ++references_; }
+    ULONG STDMETHODCALLTYPE Release() override {
+        if (--references_ == 0) action_();
+        return references_;
+    }
+    HRESULT STDMETHODCALLTYPE GetTypeInfoCount(UINT*) override { return E_NOTIMPL; }
+    HRESULT STDMETHODCALLTYPE GetTypeInfo(UINT, LCID, ITypeInfo**) override { return E_NOTIMPL; }
+    HRESULT STDMETHODCALLTYPE GetIDsOfNames(REFIID, LPOLESTR*, UINT, LCID, DISPID*) override { return E_NOTIMPL; }
+    HRESULT STDMETHODCALLTYPE Invoke(DISPID, REFIID, LCID, WORD, DISPPARAMS*, VARIANT*, EXCEPINFO*, UINT*) override {
+        return E_NOTIMPL;
+    }
+    HRESULT STDMETHODCALLTYPE Invalidate() override { return S_OK; }
+    HRESULT STDMETHODCALLTYPE InvalidateControl(BSTR) override { return S_OK; }
+
+private:
+    std::function<void()> action_;
+    ULONG references_ = 0;
+};
+
 }  // namespace
 
 TEST(OfficeAddin, QueryGivesThePrimaryFaceForEverythingButTheRibbon) {
@@ -117,7 +141,8 @@ TEST(OfficeAddin, NameLookupChecksPointersBeforeTheInterface) {
 TEST(OfficeAddin, UnknownDispidIsNotFoundAndTheInterfaceIsCheckedFirst) {
     const AddinObject addin;
     DISPPARAMS params = {};
-    for (const DISPID dispid : {0, 1, 1000, 1006, DISPID_UNKNOWN}) {
+    // 1003 is the image callback, which has nothing to load yet.
+    for (const DISPID dispid : {0, 1, 1000, 1003, 1006, DISPID_UNKNOWN}) {
         EXPECT_EQ(addin->Invoke(dispid, IID_NULL, 0, DISPATCH_METHOD, &params, nullptr, nullptr, nullptr),
                   DISP_E_MEMBERNOTFOUND)
             << dispid;
@@ -221,7 +246,6 @@ TEST(OfficeAddin, SecondDisconnectionReleasesNothing) {
     ScriptedRibbon ribbon;
     application.GiveNothing(L"Documents");
     addin->OnConnection(&application, ext_cm_Startup, nullptr, nullptr);
-    ribbon.AddRef();
     addin->ribbon.Store(&ribbon);
     for (int i = 0; i < 2; ++i) {
         EXPECT_EQ(addin->OnDisconnection(ext_dm_UserClosed, nullptr), S_OK);
@@ -237,7 +261,6 @@ TEST(OfficeAddin, ObjectThatDiesConnectedReleasesWhatItHolds) {
     {
         const AddinObject addin;
         addin->OnConnection(&application, ext_cm_Startup, nullptr, nullptr);
-        ribbon.AddRef();
         addin->ribbon.Store(&ribbon);
     }
     EXPECT_EQ(application.References(), 1U);
@@ -265,6 +288,48 @@ TEST(OfficeAddin, Slot13AnswersOkAndSlot12DeletesTheObject) {
     using Delete = void(STDMETHODCALLTYPE*)(void*);
     reinterpret_cast<Delete>(table[12])(primary);
     EXPECT_EQ(application.References(), 1U);  // the object died and let go
+}
+
+TEST(OfficeAddin, InterfacesHaveTheirPublishedIdsAndSlots) {
+    const struct {
+        const wchar_t* text;
+        const IID& iid;
+    } rows[] = {{L"{B65AD801-ABAF-11D0-BB8B-00A0C90F2744}", IID_IDTExtensibility2},
+                {L"{000C0396-0000-0000-C000-000000000046}", IID_IRibbonExtensibility},
+                {L"{000C03A7-0000-0000-C000-000000000046}", IID_IRibbonUI}};
+    for (const auto& row : rows) {
+        IID iid = {};
+        EXPECT_EQ(IIDFromString(row.text, &iid), S_OK);
+        EXPECT_TRUE(IsEqualIID(iid, row.iid));
+    }
+
+    const AddinObject addin;
+    _IDTExtensibility2* primary = addin.Get();
+    void** table = *reinterpret_cast<void***>(primary);
+    using Connect = HRESULT(STDMETHODCALLTYPE*)(void*, IDispatch*, int, IDispatch*, SAFEARRAY**);
+    using Disconnect = HRESULT(STDMETHODCALLTYPE*)(void*, int, SAFEARRAY**);
+    using Event = HRESULT(STDMETHODCALLTYPE*)(void*, SAFEARRAY**);
+    ScriptedDispatch application;
+    application.GiveNothing(L"Documents");
+    EXPECT_EQ(reinterpret_cast<Connect>(table[7])(primary, &application, 0, nullptr, nullptr), S_OK);
+    EXPECT_EQ(application.References(), 2U);
+    for (const int slot : {9, 10, 11}) EXPECT_EQ(reinterpret_cast<Event>(table[slot])(primary, nullptr), S_OK);
+    EXPECT_EQ(application.References(), 2U);
+    EXPECT_EQ(reinterpret_cast<Disconnect>(table[8])(primary, 0, nullptr), S_OK);
+    EXPECT_EQ(application.References(), 1U);
+}
+
+TEST(OfficeAddin, ReferenceTakenAndDroppedWhileTheObjectDiesDoesNotDeleteItAgain) {
+    auto* addin = new ZOfficeAddin;
+    int calls = 0;
+    RibbonThatCallsBack ribbon([&] {
+        ++calls;
+        addin->AddRef();
+        addin->Release();
+    });
+    addin->ribbon.Store(&ribbon);
+    addin->Release();
+    EXPECT_EQ(calls, 1);
 }
 
 TEST(OfficeAddin, RibbonFacesSeventhSlotIsGetCustomUi) {

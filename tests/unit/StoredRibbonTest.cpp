@@ -7,7 +7,6 @@
 TEST(StoredRibbon, IsReleasedOnce) {
     ScriptedRibbon ribbon;
     StoredRibbon stored;
-    ribbon.AddRef();
     stored.Store(&ribbon);
     EXPECT_EQ(ribbon.References(), 2U);
     stored.Release();
@@ -20,14 +19,11 @@ TEST(StoredRibbon, LaterRibbonReleasesTheEarlierOnlyWhileItIsHeld) {
     ScriptedRibbon first;
     ScriptedRibbon second;
     StoredRibbon stored;
-    first.AddRef();
     stored.Store(&first);
-    second.AddRef();
     stored.Store(&second);
     EXPECT_EQ(first.References(), 1U);
     EXPECT_EQ(second.References(), 2U);
     stored.Release();
-    first.AddRef();
     stored.Store(&first);
     EXPECT_EQ(second.References(), 1U);
     EXPECT_EQ(first.References(), 2U);
@@ -38,7 +34,6 @@ TEST(StoredRibbon, IsReleasedWithItsHolder) {
     ScriptedRibbon ribbon;
     {
         StoredRibbon stored;
-        ribbon.AddRef();
         stored.Store(&ribbon);
     }
     EXPECT_EQ(ribbon.References(), 1U);
