@@ -178,6 +178,6 @@ run_windows() {
 register_addin() {
     wine regsvr32.exe /s "$(windows_path "$ZAVO_BIN/zavoofficeaddin.dll")" </dev/null >/dev/null 2>&1 ||
         fail "regsvr32 refused the add-in"
-    wine reg.exe add 'HKLM\SOFTWARE\ZAVO' /v InstallPath /d "$(windows_path "$ZAVO_BIN")" /f </dev/null >/dev/null 2>&1 ||
-        fail "the companion's folder could not be written to the registry"
+    wine reg.exe add 'HKLM\SOFTWARE\ZAVO' /v InstallPath /d "$(windows_path "$ZAVO_BIN")" /f \
+        </dev/null >/dev/null 2>&1 || fail "the companion's folder could not be written to the registry"
 }
