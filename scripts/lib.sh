@@ -36,6 +36,7 @@ need_packages() {
     done
     ((${#missing[@]})) || return 0
 
+    command -v apt-get >/dev/null || fail "this needs Debian's packages ${missing[*]}"
     local as_root=()
     if ((EUID != 0)); then
         command -v sudo >/dev/null || fail "please install as root: apt-get install ${missing[*]}"
@@ -55,10 +56,11 @@ need_packages() {
 
 # --- Wine -------------------------------------------------------------------------------------------------------------
 
-# What every Wine process needs: no questions, no debugger that waits for a user, no mono or gecko, and a UTF-8 locale,
-# without which file names beyond ASCII do not open.
+# What every Wine process needs: no questions, no debugger that waits for a user, no mono or gecko, no entries in the
+# user's own menus, and a UTF-8 locale, without which file names beyond ASCII do not open.
 wine_environment() {
-    export WINEARCH=win64 WINEDEBUG=${WINEDEBUG:--all} WINEDLLOVERRIDES="mscoree,mshtml=;winedbg.exe=d;mapi32=n,b"
+    export WINEARCH=win64 WINEDEBUG=${WINEDEBUG:--all}
+    export WINEDLLOVERRIDES="mscoree,mshtml=;winedbg.exe,winemenubuilder.exe=d;mapi32=n,b"
     unset "${!LC_@}"
     export LC_ALL='' LANG=C.UTF-8
     export OANOCACHE=1  # freed texts are freed at once, so that tests can count them
@@ -76,7 +78,7 @@ windows_path() {
 # recipe: Windows 10, dialogs without a display, a user's folders of its own instead of links to the home folder.
 wine_template() {
     local recipe key template
-    recipe=$(declare -f wine_template)
+    recipe=$(declare -f wine_template wine_environment)
     key=$(printf '%s' "$(wine --version) $recipe" | sha256sum | cut -c1-16)
     template=$ZAVO_CACHE/wine-template-$key
     if [[ ! -d $template ]]; then

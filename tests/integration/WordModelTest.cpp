@@ -13,13 +13,27 @@ using Microsoft::WRL::ComPtr;
 
 namespace {
 
+constexpr char threePages[] = R"(<?xml version="1.0" encoding="UTF-8"?>
+<office:document xmlns:office="urn:oasis:names:tc:opendocument:xmlns:office:1.0"
+    xmlns:style="urn:oasis:names:tc:opendocument:xmlns:style:1.0"
+    xmlns:text="urn:oasis:names:tc:opendocument:xmlns:text:1.0"
+    xmlns:fo="urn:oasis:names:tc:opendocument:xmlns:xsl-fo-compatible:1.0"
+    office:version="1.3" office:mimetype="application/vnd.oasis.opendocument.text">
+ <office:automatic-styles>
+  <style:style style:name="P" style:family="paragraph"><style:paragraph-properties fo:break-before="page"/></style:style>
+ </office:automatic-styles>
+ <office:body><office:text>
+  <text:p>first</text:p><text:p text:style-name="P">second</text:p><text:p text:style-name="P">third</text:p>
+ </office:text></office:body>
+</office:document>)";
+
 class WordModel : public testing::Test {
 protected:
     WordModel() {
-        const std::wstring text = folder_.MakeFile(L"text.txt", "first page\n\fsecond page\n\fthird page\n");
+        const std::wstring pages = folder_.MakeFile(L"pages.fodt", threePages);
         document_ = folder_.Path(L"pages.docx");
         const BridgeAnswer made = AskBridge({{"command", L"convert"},
-                                             {"source", LinuxPath(text)},
+                                             {"source", LinuxPath(pages)},
                                              {"target", LinuxPath(document_)},
                                              {"filter", L"MS Word 2007 XML"}});
         EXPECT_TRUE(made.ok) << made.text.c_str();
@@ -52,6 +66,7 @@ protected:
 TEST_F(WordModel, ExportsAllPagesByDefault) {
     EXPECT_EQ(Export([](AutomationArgs&) {}), S_OK);
     EXPECT_EQ(ReadFileText(Target()).substr(0, 5), "%PDF-");
+    EXPECT_EQ(PagesOf(Target()), L"3");
 }
 
 TEST_F(WordModel, RefusesWhatItCannotDo) {
@@ -95,6 +110,10 @@ TEST_F(WordModel, ExportsThePageRange) {
         };
     };
     EXPECT_EQ(Export(range(1, 1)), S_OK);
+    EXPECT_EQ(PagesOf(Target()), L"1");
+    EXPECT_EQ(Export(range(2, 3)), S_OK);
+    EXPECT_EQ(PagesOf(Target()), L"2");
+    EXPECT_EQ(Export([](AutomationArgs& args) { args.Argument(5) = MakeVariantInt(2); }), S_OK);  // current page
     EXPECT_EQ(PagesOf(Target()), L"1");
     EXPECT_EQ(Export(range(2, 1)), DISP_E_EXCEPTION);
 }

@@ -1,3 +1,4 @@
+// Finding the active document, and its name, in each host.
 #include "src/export/ActiveDocument.h"
 
 #include <gtest/gtest.h>

@@ -1,3 +1,4 @@
+// The argument pack: what it starts with, how positions map to slots, what its release clears.
 #include "src/automation/AutomationArgs.h"
 
 #include <gtest/gtest.h>

@@ -1,3 +1,4 @@
+// Late-bound calls as they arrive on the wire, and what their results count as.
 #include "src/automation/AutomationCalls.h"
 
 #include <gtest/gtest.h>

@@ -1,3 +1,4 @@
+// What the exception barrier makes of what is thrown.
 #include "src/base/Barrier.h"
 
 #include <gtest/gtest.h>

@@ -1,3 +1,4 @@
+// The class factory and its counts, without the library around it.
 #include "src/addin/ClassFactory.h"
 
 #include <gtest/gtest.h>

@@ -1,3 +1,4 @@
+// Conversions to and from the ANSI code page, and the buffer of each thread.
 #include "src/automation/CodePage.h"
 
 #include <windows.h>

@@ -1,3 +1,4 @@
+// The texts of result codes and the box that shows them.
 #include "src/automation/ComErrorText.h"
 
 #include <gtest/gtest.h>

@@ -1,3 +1,4 @@
+// Finding the companion in the real registry, starting a real one, and the message for nothing to open.
 #include "src/export/Companion.h"
 
 #include <gtest/gtest.h>

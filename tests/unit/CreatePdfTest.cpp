@@ -1,3 +1,4 @@
+// The Create PDF command with a real dialog and a real companion, on a scripted host.
 #include "src/export/CreatePdf.h"
 
 #include <gtest/gtest.h>

@@ -1,3 +1,4 @@
+// The argument lists of the export, value by value as they arrive on the wire.
 #include "src/export/ExportToPdf.h"
 
 #include <gtest/gtest.h>

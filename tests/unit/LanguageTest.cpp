@@ -1,3 +1,4 @@
+// Which of the twelve languages a Windows language is.
 #include "src/ui/Language.h"
 
 #include <gtest/gtest.h>

@@ -1,3 +1,4 @@
+// The add-in object: faces, names, hosts, connection, disconnection and its end.
 #include "src/addin/OfficeAddin.h"
 
 #include <gtest/gtest.h>

@@ -1,3 +1,4 @@
+// The window that owns dialogs, in each host, with real foreground windows.
 #include "src/export/OwnerWindow.h"
 
 #include <gtest/gtest.h>

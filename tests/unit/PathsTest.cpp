@@ -1,3 +1,4 @@
+// Parts of paths, and free paths among real files.
 #include "src/base/Paths.h"
 
 #include <gtest/gtest.h>

@@ -1,3 +1,4 @@
+// Registration where there is no module to register; the rest is tested with the real library.
 #include "src/addin/Registration.h"
 
 #include <gtest/gtest.h>

@@ -1,3 +1,4 @@
+// The registry primitives on the real registry.
 #include "src/base/RegistryValues.h"
 
 #include <gtest/gtest.h>

@@ -1,3 +1,4 @@
+// The ribbon's callbacks through the object's own Invoke.
 #include "src/addin/RibbonCallbacks.h"
 
 #include <gtest/gtest.h>

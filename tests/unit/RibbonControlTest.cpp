@@ -1,3 +1,4 @@
+// Reading a ribbon control's identifier.
 #include "src/automation/RibbonControl.h"
 
 #include <gtest/gtest.h>

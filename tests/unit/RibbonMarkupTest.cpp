@@ -1,3 +1,4 @@
+// The markup of every host, letter for letter.
 #include "src/addin/RibbonMarkup.h"
 
 #include <gtest/gtest.h>

@@ -1,3 +1,4 @@
+// What the save dialog proposes, and the real dialog with its questions.
 #include "src/export/SaveDialog.h"
 
 #include <gtest/gtest.h>

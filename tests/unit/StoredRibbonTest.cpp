@@ -1,3 +1,4 @@
+// How often the stored ribbon is released.
 #include "src/addin/StoredRibbon.h"
 
 #include <gtest/gtest.h>

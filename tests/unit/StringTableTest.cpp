@@ -1,3 +1,4 @@
+// The texts in twelve languages and their lookup.
 #include "src/ui/StringTable.h"
 
 #include <gtest/gtest.h>
