@@ -4,6 +4,7 @@
 #include <algorithm>
 #include <iterator>
 #include <string_view>
+#include <utility>
 
 #include "src/addin/RibbonCallbacks.h"
 #include "src/addin/RibbonMarkup.h"
@@ -12,6 +13,7 @@
 #include "src/base/ControlIds.h"
 #include "src/base/Handles.h"
 #include "src/base/Module.h"
+#include "src/ui/RibbonImages.h"
 
 using Microsoft::WRL::ComPtr;
 
@@ -121,6 +123,7 @@ HRESULT ZOfficeAddin::Invoke(DISPID dispid, REFIID riid, LCID, WORD, DISPPARAMS*
         switch (dispid) {
             case OnRibbonLoadedId: return OnRibbonLoaded(*this, params);
             case OnButtonClickId: return OnButtonClick(*this, params);
+            case OnLoadImageId: return OnLoadImage(state, params, result);
             case GetCheckBoxStateId: return GetCheckBoxState(*this, params, result);
             case OnCheckBoxChangedId: return OnCheckBoxChanged(*this, params);
             default: return DISP_E_MEMBERNOTFOUND;
@@ -141,6 +144,10 @@ HRESULT ZOfficeAddin::OnConnection(IDispatch* application, ext_ConnectMode, IDis
 
 HRESULT ZOfficeAddin::OnDisconnection(ext_DisconnectMode, SAFEARRAY**) {
     return Barrier([&]() -> HRESULT {
+        // Out of the array first: stopping one may let the host call in here again.
+        std::vector<std::unique_ptr<RegistryWatcher>> stopping = std::move(watchers);
+        watchers.clear();
+        for (auto& watcher : stopping) watcher.reset();
         ribbon.Release();
         state.application.Reset();
         return S_OK;

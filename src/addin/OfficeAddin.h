@@ -3,9 +3,13 @@
 
 #include <windows.h>
 
+#include <memory>
+#include <vector>
+
 #include "src/addin/OfficeInterfaces.h"
 #include "src/addin/StoredRibbon.h"
 #include "src/base/AddinState.h"
+#include "src/ui/RegistryWatcher.h"
 
 class ZOfficeAddin final : public _IDTExtensibility2, public IRibbonExtensibility {
 public:
@@ -46,7 +50,8 @@ private:
 
 public:
     StoredRibbon ribbon;
-    bool commandRunning = false;  // a click that comes in meanwhile does nothing
+    std::vector<std::unique_ptr<RegistryWatcher>> watchers;  // they call the ribbon, so they go before it
+    bool commandRunning = false;                             // a click that comes in meanwhile does nothing
 
 private:
     ~ZOfficeAddin() = default;

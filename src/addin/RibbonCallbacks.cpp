@@ -10,6 +10,7 @@
 #include "src/automation/RibbonControl.h"
 #include "src/base/Barrier.h"
 #include "src/base/ControlIds.h"
+#include "src/ui/Theme.h"
 
 using Microsoft::WRL::ComPtr;
 
@@ -58,6 +59,26 @@ private:
 
 }  // namespace
 
+namespace {
+
+// A change of either theme makes the ribbon ask for its pictures again, and each request reads the themes afresh. Where
+// Office stores no theme its key is empty, and the values at the root itself are watched.
+void WatchThemes(ZOfficeAddin& addin) {
+    GetOfficeUiTheme();  // finds the key
+    const struct {
+        std::wstring key;
+        const wchar_t* value;
+    } themes[] = {{OfficeCommonKeyPath(), officeThemeValue}, {windowsThemeKey, windowsThemeValue}};
+    for (const auto& theme : themes) {
+        addin.watchers.push_back(
+            std::make_unique<RegistryWatcher>(RegistryValueSpec(HKEY_CURRENT_USER, theme.key, theme.value, REG_DWORD),
+                                              [&ribbon = addin.ribbon] { ribbon.Invalidate(); }));
+        addin.watchers.back()->Start();  // a key that cannot be opened is not watched
+    }
+}
+
+}  // namespace
+
 HRESULT OnRibbonLoaded(ZOfficeAddin& addin, const DISPPARAMS* params) {
     if (!params || params->cArgs == 0) return E_INVALIDARG;
     const VARIANT& argument = params->rgvarg[0];
@@ -65,7 +86,9 @@ HRESULT OnRibbonLoaded(ZOfficeAddin& addin, const DISPPARAMS* params) {
     ComPtr<IRibbonUI> ribbon;
     const HRESULT result =
         argument.pdispVal->QueryInterface(IID_IRibbonUI, reinterpret_cast<void**>(ribbon.GetAddressOf()));
-    if (SUCCEEDED(result) && ribbon) addin.ribbon.Store(std::move(ribbon));
+    if (FAILED(result) || !ribbon) return result;
+    addin.ribbon.Store(std::move(ribbon));
+    WatchThemes(addin);
     return result;
 }
 

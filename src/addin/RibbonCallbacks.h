@@ -6,7 +6,8 @@
 
 #include "src/addin/OfficeAddin.h"
 
-// Keeps the ribbon that the host hands over. E_INVALIDARG for no object; the error of a failed query for IRibbonUI.
+// Keeps the ribbon that the host hands over and watches the themes for it. E_INVALIDARG for no object; the error of a
+// failed query for IRibbonUI.
 HRESULT OnRibbonLoaded(ZOfficeAddin& addin, const DISPPARAMS* params);
 
 // Runs the command of the clicked button. S_OK whatever the command did, and for an identifier without a command;

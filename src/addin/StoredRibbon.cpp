@@ -16,6 +16,15 @@ void StoredRibbon::Store(Microsoft::WRL::ComPtr<IRibbonUI> ribbon) {
     if (earlier) earlier->Release();
 }
 
+void StoredRibbon::Invalidate() {
+    Microsoft::WRL::ComPtr<IRibbonUI> called;
+    {
+        const ExclusiveLock lock(lock_);
+        if (held_) called = ribbon_;
+    }
+    if (called) called->Invalidate();
+}
+
 void StoredRibbon::Release() {
     IRibbonUI* released = nullptr;
     {

@@ -16,6 +16,9 @@ public:
     // Keeps the ribbon and releases the one held before, if any.
     void Store(Microsoft::WRL::ComPtr<IRibbonUI> ribbon);
 
+    // Asks the ribbon to draw itself afresh, if one is held. It is called under a reference of its own.
+    void Invalidate();
+
     // Releases the reference, once. The pointer keeps its stale value on purpose: nothing reads it any more.
     void Release();
 

@@ -42,14 +42,15 @@ public:
     RegistryKey() = default;
     RegistryKey(const RegistryKey&) = delete;
     RegistryKey& operator=(const RegistryKey&) = delete;
-    ~RegistryKey() {
-        if (key_) RegCloseKey(key_);
-    }
+    ~RegistryKey() { Close(); }
 
     HKEY Get() const { return key_; }
-    HKEY* Receive() {
+    void Close() {
         if (key_) RegCloseKey(key_);
         key_ = nullptr;
+    }
+    HKEY* Receive() {
+        Close();
         return &key_;
     }
 

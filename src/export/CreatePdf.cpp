@@ -4,12 +4,13 @@
 #include "src/export/ActiveDocument.h"
 #include "src/export/Companion.h"
 #include "src/export/ExportToPdf.h"
+#include "src/export/MailHandOff.h"
 #include "src/export/OwnerWindow.h"
 #include "src/export/SaveDialog.h"
 
 using Microsoft::WRL::ComPtr;
 
-void CreatePdf(const AddinState& addin, [[maybe_unused]] bool sendAfter) {
+void CreatePdf(const AddinState& addin, bool sendAfter) {
     // A disconnection may come in while the dialog or a call to the host pumps messages.
     const ComPtr<IDispatch> application = addin.application;
 
@@ -24,4 +25,5 @@ void CreatePdf(const AddinState& addin, [[maybe_unused]] bool sendAfter) {
     const std::wstring exe = FindCompanionExecutable();
     if (exe.empty()) return;
     ShowFilesInCompanion(exe, {path});
+    if (sendAfter) SendFileByMail(owner, path);
 }

@@ -7,7 +7,8 @@ Starts one LibreOffice and listens on a free port of 127.0.0.1. It writes "PORT 
 user can read: a request without the token is refused. One request a connection: lines "name<TAB>value" in UTF-8, then
 an empty line. The answer is one line, "ok<TAB>value" or "error<TAB>text".
 
-  command render   source, target; pdfa, bookmarks, properties, tags, comments, screen (1 or 0); first, last (pages)
+  command render   source, target; pdfa, bookmarks, properties, tags, comments, screen, hidden (1 or 0);
+                   first, last (pages)
   command pages    path: the number of pages of a PDF
   command convert  source, target, filter: a document in another format
 
@@ -140,6 +141,7 @@ def render(office, request):
             "ExportBookmarks": is_set("bookmarks"),
             "UseTaggedPDF": is_set("tags"),
             "ExportNotes": is_set("comments"),
+            "ExportHiddenSlides": is_set("hidden"),
             "ReduceImageResolution": is_set("screen"),
             "MaxImageResolution": 150 if is_set("screen") else 300,
         }

@@ -8,5 +8,5 @@
 #include <string>
 
 // Word's application with the document at `documentPath` open and active, or with none when the path is empty. `window`
-// is the application's main window. Exports are rendered by LibreOffice through the bridge.
+// is the application's main window.
 Microsoft::WRL::ComPtr<IDispatch> MakeWordApplication(const std::wstring& documentPath, HWND window);

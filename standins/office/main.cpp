@@ -1,5 +1,5 @@
-// The Office stand-in as a program: plays Word on a document, loads the add-ins that Office would load, and does on
-// their ribbon what the command line says.
+// The Office stand-in as a program: plays the host that opens the document, loads the add-ins that Office would load,
+// and does on their ribbon what the command line says.
 #include <windows.h>
 #include <objbase.h>
 #include <shellapi.h>
@@ -13,7 +13,7 @@
 #include "standins/office/AddinSession.h"
 #include "standins/office/DialogRobot.h"
 #include "standins/office/DynamicObject.h"
-#include "standins/office/WordModel.h"
+#include "standins/office/Hosts.h"
 
 using Microsoft::WRL::ComPtr;
 
@@ -21,7 +21,7 @@ namespace {
 
 constexpr wchar_t usage[] =
     L"usage: office-standin.exe [--document FILE] [ACTION]...\n"
-    L"Plays Word with the document open and loads the add-ins that are registered for it.\n"
+    L"Plays Word, Excel or PowerPoint with the document open and loads the add-ins that are registered for it.\n"
     L"  --tick ID       ticks the check box\n"
     L"  --untick ID     clears the check box\n"
     L"  --click ID      presses the button\n"
@@ -80,17 +80,18 @@ Options ParseOptions(const std::vector<std::wstring>& arguments) {
     return options;
 }
 
-// Word's main window; it is never shown.
+// The host's main window.
 class MainWindow {
 public:
-    MainWindow() {
+    explicit MainWindow(const OfficeHost& host) {
         WNDCLASSW windowClass = {};
         windowClass.lpfnWndProc = DefWindowProcW;
         windowClass.hInstance = GetModuleHandleW(nullptr);
-        windowClass.lpszClassName = L"OpusApp";
+        windowClass.lpszClassName = host.windowClass;
         RegisterClassW(&windowClass);
-        window_ = CreateWindowW(L"OpusApp", L"Word", WS_OVERLAPPEDWINDOW, 0, 0, 800, 600, nullptr, nullptr,
-                                windowClass.hInstance, nullptr);
+        window_ = CreateWindowW(host.windowClass, host.name, WS_OVERLAPPEDWINDOW | WS_VISIBLE, 0, 0, 800, 600, nullptr,
+                                nullptr, windowClass.hInstance, nullptr);
+        SetForegroundWindow(window_);
     }
     MainWindow(const MainWindow&) = delete;
     MainWindow& operator=(const MainWindow&) = delete;
@@ -174,12 +175,15 @@ void Run(const Options& options) {
         }
         document = full;
     }
-    const MainWindow window;
-    const ComPtr<IDispatch> application = MakeWordApplication(document, window.Get());
-    const std::vector<std::wstring> addins = FindStartupAddins(L"Word");
-    if (addins.empty()) throw std::runtime_error("no add-in is registered for Word");
+    const OfficeHost* host = HostOfDocument(document);
+    if (!host) throw std::runtime_error("no host opens a document of this kind: " + Utf8(document));
+    const MainWindow window(*host);
+    const ComPtr<IDispatch> application = host->makeApplication(document, window.Get());
+    PrintLine(std::wstring(L"host: ") + host->name);
+    const std::vector<std::wstring> addins = FindStartupAddins(host->name);
+    if (addins.empty()) throw std::runtime_error("no add-in is registered for " + Utf8(host->name));
     for (const std::wstring& progId : addins) {
-        AddinSession session(progId, application.Get(), L"Microsoft.Word.Document");
+        AddinSession session(progId, application.Get(), host->ribbonId);
         PrintLine(L"add-in loaded: " + progId);
         DrawElements(session, session.GetRibbon().tabs);
         for (const Action& action : options.actions) Do(session, action, options.saveAnswer);

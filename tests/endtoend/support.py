@@ -76,8 +76,12 @@ def reg(*arguments):
         raise RuntimeError(f"reg {arguments}: {errors}")
 
 
-class WordTest(unittest.TestCase):
-    """Word's stand-in on the sample document, with the add-in registered and the companion installed."""
+class HostTest(unittest.TestCase):
+    """A host's stand-in on a sample document, with the add-in registered and the companion installed."""
+
+    SAMPLE = "project-report.fodt"
+    FILTER = "MS Word 2007 XML"
+    EXTENSION = ".docx"
 
     @classmethod
     def setUpClass(cls):
@@ -95,24 +99,26 @@ class WordTest(unittest.TestCase):
         self.folder = tempfile.mkdtemp(prefix="zavo-")
         self.addCleanup(shutil.rmtree, self.folder)
         self.companion_log = os.path.join(self.folder, "companion.log")
-        self.document = self.make_document("report.docx")
+        self.mail_log = os.path.join(self.folder, "mail.log")
+        self.document = self.make_document("report" + self.EXTENSION)
         self.pdf = os.path.join(self.folder, "report.pdf")
 
-    def make_document(self, name, source=ROOT / "samples" / "project-report.fodt"):
+    def make_document(self, name):
         path = os.path.join(self.folder, name)
-        ask_bridge(command="convert", source=str(source), target=path, filter="MS Word 2007 XML")
+        ask_bridge(command="convert", source=str(ROOT / "samples" / self.SAMPLE), target=path, filter=self.FILTER)
         return path
 
-    def word(self, *arguments, document=None, expect=0, **environment):
-        """Word's stand-in with the document; fails the test unless it ends with `expect`. Gives its output."""
+    def host(self, *arguments, document=None, expect=0, **environment):
+        """The stand-in with the document; fails the test unless it ends with `expect`. Gives its output."""
         environment.setdefault("ZAVO_COMPANION_LOG", windows_path(self.companion_log))
+        environment.setdefault("ZAVO_MAIL_LOG", windows_path(self.mail_log))
         code, out, errors = wine(BIN / "office-standin.exe", "--document", windows_path(document or self.document),
                                  *arguments, environment=environment)
         self.assertEqual((code, errors), (expect, ""), out)
         return out
 
     def create_pdf(self, *arguments, **options):
-        return self.word(*arguments, "--click", "BUTTON_ID_CREATE", **options)
+        return self.host(*arguments, "--click", "BUTTON_ID_CREATE", **options)
 
     def companion_report(self, wait=10.0):
         """What the companion wrote, or an empty text when it was not started in time."""
@@ -123,6 +129,13 @@ class WordTest(unittest.TestCase):
                     return file.read()
             time.sleep(0.05)
         return ""
+
+    def mails(self):
+        """The messages that the mail program got."""
+        if not os.path.exists(self.mail_log):
+            return []
+        with open(self.mail_log, encoding="utf-8") as file:
+            return file.read().splitlines()
 
     def files(self):
         return sorted(os.listdir(self.folder))

@@ -73,7 +73,7 @@ class Scripts(unittest.TestCase):
             file.write("old")
         code, out, errors = run("demo", document, "--overwrite")
         self.assertEqual(code, 1)
-        self.assertIn("Word could not export: ", out)
+        self.assertIn("the host could not export: ", out)
         self.assertTrue(errors.endswith("demo: no PDF came of it\n"), errors)
 
     def test_DemoKeepsAPdfThatIsThereAlready(self):

@@ -5,13 +5,13 @@ import subprocess
 import unittest
 import xml.etree.ElementTree
 
-from support import (BIN, WordTest, pdf_info, pdf_is_pdfa, pdf_outline_titles, pdf_text, reg, windows_path)
+from support import (BIN, HostTest, pdf_info, pdf_is_pdfa, pdf_outline_titles, pdf_text, reg, windows_path)
 
 HEADINGS = ["Summary", "Progress", "Piers", "Main span", "Cost"]
 NAMESPACE = "{http://schemas.microsoft.com/office/2006/01/customui}"
 
 
-class CreatePdf(WordTest):
+class CreatePdf(HostTest):
     def test_PdfHoldsTheDocumentsText(self):
         self.create_pdf()
         text = pdf_text(self.pdf)
@@ -51,10 +51,10 @@ class CreatePdf(WordTest):
         self.assertFalse(pdf_is_pdfa(self.pdf))
 
     def test_RestartedHostHasTheDefaultsAgain(self):
-        out = self.word("--untick", "CheckBox_ID_CreateBookmarks", "--tick", "CheckBox_ID_PDFA", "--ribbon")
+        out = self.host("--untick", "CheckBox_ID_CreateBookmarks", "--tick", "CheckBox_ID_PDFA", "--ribbon")
         self.assertIn('"Create Bookmark" [ ]', out)
         self.assertIn('"Supports PDF/A standards" [x]', out)
-        out = self.word("--ribbon")
+        out = self.host("--ribbon")
         self.assertIn('"Create Bookmark" [x]', out)
         self.assertIn('"Supports PDF/A standards" [ ]', out)
 
@@ -78,9 +78,30 @@ class CreatePdf(WordTest):
         self.assertTrue(os.path.exists(self.pdf))
         self.assertEqual(self.companion_report(wait=1), "")
 
-    def test_CreateAndSendAlsoMakesThePdf(self):
-        self.word("--click", "BUTTON_ID_CREATE_AND_SHARE")
+    def test_MissingCompanionSendsNothing(self):
+        reg("delete", r"HKLM\SOFTWARE\ZAVO", "/f")
+        try:
+            self.host("--click", "BUTTON_ID_CREATE_AND_SHARE")
+        finally:
+            self.setUpClass()
         self.assertTrue(os.path.exists(self.pdf))
+        self.assertEqual(self.mails(), [])
+
+    def test_CreateAndSendHandsThePdfToTheMailProgram(self):
+        self.host("--click", "BUTTON_ID_CREATE_AND_SHARE")
+        self.assertTrue(os.path.exists(self.pdf))
+        self.assertEqual(len(self.mails()), 2)
+        self.assertIn(" subject=[report] note=null ", self.mails()[0])
+        self.assertIn(f" path=[{windows_path(self.pdf)}] name=[report] ", self.mails()[0])
+
+    def test_CreatePdfSendsNothing(self):
+        self.create_pdf()
+        self.assertEqual(self.mails(), [])
+
+    def test_CreateAndSendSendsNothingThatIsNotShown(self):
+        self.host("--untick", "CheckBox_ID_OpenAfterExport", "--click", "BUTTON_ID_CREATE_AND_SHARE")
+        self.assertTrue(os.path.exists(self.pdf))
+        self.assertEqual(self.mails(), [])
 
     def test_CancelledDialogLeavesEverythingAsItWas(self):
         before = self.files()
@@ -126,7 +147,7 @@ class CreatePdf(WordTest):
         self.assertTrue(pdf_is_pdfa(self.pdf))
 
 
-class Ribbon(WordTest):
+class Ribbon(HostTest):
     # Locale name and the label of "Create PDF"; only the name matters to Wine.
     LANGUAGES = {
         "en_US": "Create PDF", "de_DE": "PDF erstellen", "fr_FR": "Créer un PDF", "it_IT": "Crea PDF",
@@ -140,7 +161,7 @@ class Ribbon(WordTest):
         os.mkdir(locales)
         for language, label in self.LANGUAGES.items():
             os.symlink("/usr/lib/locale/C.utf8", os.path.join(locales, f"{language}.UTF-8"))
-            out = self.word("--markup", LOCPATH=locales, LC_MESSAGES=f"{language}.UTF-8")
+            out = self.host("--markup", LOCPATH=locales, LC_MESSAGES=f"{language}.UTF-8")
             markup = next(line for line in out.splitlines() if line.startswith("<customUI"))
             root = xml.etree.ElementTree.fromstring(markup)
             group = root.find(f".//{NAMESPACE}group[@id='CreatePdf_Group']")
@@ -154,7 +175,7 @@ class Ribbon(WordTest):
                         self.assertNotEqual(value, "")
 
 
-class Companion(WordTest):
+class Companion(HostTest):
     def test_ArgumentThatIsNoFileGetsAClearMessage(self):
         from support import wine
         code, out, _ = wine(BIN / "ZAVO.exe", "--what", environment={"ZAVO_COMPANION_LOG": ""})

@@ -10,6 +10,7 @@
 #include "src/export/ExportToPdf.h"
 #include "src/export/OwnerWindow.h"
 #include "tests/support/CountedAllocations.h"
+#include "tests/support/OpenHandles.h"
 #include "tests/support/Registry.h"
 
 namespace {
@@ -57,40 +58,6 @@ public:
 private:
     std::atomic<long> live_ = 0;
 };
-
-// The kernel handles that this process has open.
-size_t OpenHandles() {
-    struct Entry {
-        void* object;
-        ULONG_PTR process;
-        ULONG_PTR handle;
-        ULONG access;
-        USHORT creatorIndex;
-        USHORT typeIndex;
-        ULONG attributes;
-        ULONG reserved;
-    };
-    struct Table {
-        ULONG_PTR count;
-        ULONG_PTR reserved;
-        Entry entries[1];
-    };
-    using Query = LONG(NTAPI*)(ULONG, void*, ULONG, ULONG*);
-    constexpr ULONG extendedHandleInformation = 64;
-    constexpr auto lengthMismatch = static_cast<LONG>(0xC0000004);
-    const auto query = reinterpret_cast<Query>(
-        reinterpret_cast<void*>(GetProcAddress(GetModuleHandleW(L"ntdll.dll"), "NtQuerySystemInformation")));
-    std::vector<BYTE> buffer(1 << 20);
-    ULONG size = 0;
-    while (query(extendedHandleInformation, buffer.data(), static_cast<ULONG>(buffer.size()), &size) ==
-           lengthMismatch) {
-        buffer.resize(buffer.size() * 2);
-    }
-    const auto* table = reinterpret_cast<const Table*>(buffer.data());
-    size_t own = 0;
-    for (ULONG_PTR i = 0; i < table->count; ++i) own += table->entries[i].process == GetCurrentProcessId() ? 1 : 0;
-    return own;
-}
 
 // Word in one object that allocates nothing through C++: application, document, window and control at once.
 class EverythingObject final : public IDispatch {

@@ -1,6 +1,8 @@
 // A ribbon that counts its references, for tests.
 #pragma once
 
+#include <atomic>
+
 #include "src/addin/OfficeInterfaces.h"
 
 // Lives on a test's stack. Starts with one reference, the test's own.
@@ -12,6 +14,8 @@ public:
 
     HRESULT queryResult = S_OK;   // what a query for IRibbonUI answers
     bool queryGivesNull = false;  // whether a successful one gives null
+    std::atomic<int> invalidations = 0;
+    std::atomic<DWORD> invalidatingThread = 0;
 
     HRESULT STDMETHODCALLTYPE QueryInterface(REFIID riid, void** ppv) override {
         *ppv = nullptr;
@@ -29,7 +33,11 @@ public:
     HRESULT STDMETHODCALLTYPE Invoke(DISPID, REFIID, LCID, WORD, DISPPARAMS*, VARIANT*, EXCEPINFO*, UINT*) override {
         return E_NOTIMPL;
     }
-    HRESULT STDMETHODCALLTYPE Invalidate() override { return S_OK; }
+    HRESULT STDMETHODCALLTYPE Invalidate() override {
+        ++invalidations;
+        invalidatingThread = GetCurrentThreadId();
+        return S_OK;
+    }
     HRESULT STDMETHODCALLTYPE InvalidateControl(BSTR) override { return S_OK; }
 
     ULONG References() const { return references_; }

@@ -31,6 +31,19 @@ TEST(StoredRibbon, LaterRibbonReleasesTheEarlierOnlyWhileItIsHeld) {
     stored.Release();
 }
 
+TEST(StoredRibbon, IsInvalidatedOnlyWhileItIsHeld) {
+    ScriptedRibbon ribbon;
+    StoredRibbon stored;
+    stored.Invalidate();
+    stored.Store(&ribbon);
+    stored.Invalidate();
+    stored.Invalidate();
+    stored.Release();
+    stored.Invalidate();
+    EXPECT_EQ(ribbon.invalidations, 2);
+    EXPECT_EQ(ribbon.References(), 1U);
+}
+
 TEST(StoredRibbon, IsReleasedWithItsHolder) {
     ScriptedRibbon ribbon;
     {

@@ -1,0 +1,116 @@
+// The registry watcher and its thread.
+#include "src/ui/RegistryWatcher.h"
+
+#include <system_error>
+#include <thread>
+#include <utility>
+
+#include "src/base/Barrier.h"
+#include "src/base/Handles.h"
+
+struct RegistryWatcher::State {
+    State(RegistryValueSpec watchedValue, std::function<void()> callback)
+        : spec(std::move(watchedValue)), changed(std::move(callback)) {}
+
+    const RegistryValueSpec spec;
+    const std::function<void()> changed;
+    RegistryKey key;
+    std::thread thread;
+    bool running = false;
+    const KernelHandle stop{CreateEventW(nullptr, TRUE, FALSE, nullptr)};
+    SRWLOCK lock = SRWLOCK_INIT;  // guards key, thread and running
+};
+
+RegistryWatcher::RegistryWatcher(RegistryValueSpec spec, std::function<void()> changed)
+    : state_(std::make_shared<State>(std::move(spec), std::move(changed))) {}
+
+RegistryWatcher::~RegistryWatcher() {
+    Barrier([this]() -> HRESULT {
+        std::thread own;
+        {
+            const ExclusiveLock lock(state_->lock);
+            if (state_->thread.get_id() == std::this_thread::get_id()) {
+                state_->running = false;
+                own = std::move(state_->thread);
+            }
+        }
+        if (own.joinable()) {
+            SetEvent(state_->stop.Get());
+            own.detach();
+        } else {
+            Stop();
+        }
+        return S_OK;
+    });
+}
+
+bool RegistryWatcher::Start() {
+    const ExclusiveLock lock(state_->lock);
+    if (state_->running || state_->thread.joinable()) return false;
+    const RegistryValueSpec& spec = state_->spec;
+    if (RegOpenKeyExW(spec.root, spec.subkey.c_str(), 0, KEY_READ, state_->key.Receive()) != ERROR_SUCCESS) {
+        return false;
+    }
+    ResetEvent(state_->stop.Get());
+    try {
+        state_->thread = std::thread([state = state_] {
+            Barrier([&]() -> HRESULT {
+                Watch(*state);
+                return S_OK;
+            });
+        });
+    } catch (const std::system_error&) {
+        state_->key.Close();
+        throw;
+    }
+    state_->running = true;
+    return true;
+}
+
+void RegistryWatcher::Stop() {
+    std::thread ending;
+    {
+        const ExclusiveLock lock(state_->lock);
+        state_->running = false;
+        if (!state_->thread.joinable()) return;
+        if (state_->thread.get_id() != std::this_thread::get_id()) ending = std::move(state_->thread);
+    }
+    SetEvent(state_->stop.Get());
+    if (!ending.joinable()) {
+        throw std::system_error(std::make_error_code(std::errc::resource_deadlock_would_occur));
+    }
+    ending.join();
+    const ExclusiveLock lock(state_->lock);
+    state_->key.Close();
+}
+
+// The thread's work.
+void RegistryWatcher::Watch(State& state) {
+    for (;;) {
+        HKEY key = nullptr;
+        {
+            const ExclusiveLock lock(state.lock);
+            if (!state.running) return;
+            key = state.key.Get();
+        }
+        if (!key) return;
+        DWORD signalled = WAIT_FAILED;
+        {
+            const KernelHandle change(CreateEventW(nullptr, TRUE, FALSE, nullptr));
+            if (!change.Get()) return;
+            const LONG armed = RegNotifyChangeKeyValue(key, FALSE, REG_NOTIFY_CHANGE_LAST_SET, change.Get(), TRUE);
+            // A key that was deleted can never be watched again.
+            if (armed == ERROR_KEY_DELETED || armed == ERROR_INVALID_HANDLE) return;
+            if (armed != ERROR_SUCCESS) continue;
+            const HANDLE events[] = {change.Get(), state.stop.Get()};
+            signalled = WaitForMultipleObjects(ARRAYSIZE(events), events, FALSE, INFINITE);
+        }
+        if (signalled == WAIT_OBJECT_0 + 1) return;
+        if (signalled == WAIT_OBJECT_0) {
+            Barrier([&]() -> HRESULT {
+                state.changed();
+                return S_OK;
+            });
+        }
+    }
+}

@@ -1,0 +1,55 @@
+// Scaling to the screen. ZAVO_TEST_DPI says what the screen has where it is not 96.
+#include "src/ui/ScreenScale.h"
+
+#include <gtest/gtest.h>
+
+#include "standins/common/Text.h"
+
+namespace {
+
+int ScreenDpi() {
+    const std::wstring dpi = Environment(L"ZAVO_TEST_DPI");
+    return dpi.empty() ? 96 : static_cast<int>(wcstol(dpi.c_str(), nullptr, 10));
+}
+
+class Window {
+public:
+    Window()
+        : window_(
+              CreateWindowW(L"STATIC", L"", WS_OVERLAPPEDWINDOW, 0, 0, 100, 100, nullptr, nullptr, nullptr, nullptr)) {}
+    Window(const Window&) = delete;
+    Window& operator=(const Window&) = delete;
+    ~Window() { DestroyWindow(window_); }
+
+    HWND Get() const { return window_; }
+
+private:
+    HWND window_;
+};
+
+}  // namespace
+
+TEST(ScreenScale, WindowDecides) {
+    const Window window;
+    EXPECT_EQ(ScaleForDpi(16, window.Get()), 16 * ScreenDpi() / 96);
+    EXPECT_EQ(ScaleForDpi(0, window.Get()), 0);
+    EXPECT_EQ(ScaleForDpi(3, window.Get()), MulDiv(3, ScreenDpi(), 96));
+}
+
+TEST(ScreenScale, WindowThatIsUnawareOfScalingCountsAsNinetySix) {
+    const auto before = SetThreadDpiAwarenessContext(DPI_AWARENESS_CONTEXT_UNAWARE);
+    const Window window;
+    SetThreadDpiAwarenessContext(before);
+    EXPECT_EQ(ScaleForDpi(16, window.Get()), 16);
+}
+
+TEST(ScreenScale, WithoutAWindowTheScreenDecides) { EXPECT_EQ(ScaleForDpi(16, nullptr), 16 * ScreenDpi() / 96); }
+
+TEST(ScreenScale, WindowThatIsGoneLeavesItToTheSystem) {
+    HWND gone = nullptr;
+    {
+        const Window window;
+        gone = window.Get();
+    }
+    EXPECT_EQ(ScaleForDpi(16, gone), 16 * ScreenDpi() / 96);
+}

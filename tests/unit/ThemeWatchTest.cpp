@@ -1,0 +1,142 @@
+// From a written theme value to a ribbon that is drawn afresh.
+#include <gtest/gtest.h>
+
+#include "src/addin/RibbonCallbacks.h"
+#include "tests/support/AddinObject.h"
+#include "tests/support/OpenHandles.h"
+#include "tests/support/ScriptedDispatch.h"
+#include "tests/support/ScriptedRibbon.h"
+#include "tests/support/ThemeKeys.h"
+
+namespace {
+
+HRESULT LoadRibbon(const AddinObject& addin, IDispatch* ribbon) {
+    VARIANT argument = ObjectArgument(ribbon);
+    DISPPARAMS params = {&argument, nullptr, 1, 0};
+    return addin->Invoke(1001, IID_NULL, 0, DISPATCH_METHOD, &params, nullptr, nullptr, nullptr);
+}
+
+class ThemeWatch : public testing::Test {
+protected:
+    ThemeWatch() {
+        ThemeKeys::SetOffice(L"16.0", 0);
+        ThemeKeys::SetWindows(1);
+    }
+
+    // Writes ever new values until the ribbon is asked once more; false after two seconds.
+    static bool ChangeIsSeen(const ScriptedRibbon& ribbon, void (*write)(DWORD)) {
+        const int before = ribbon.invalidations;
+        static DWORD value = 100;
+        for (int i = 0; i < 100 && ribbon.invalidations == before; ++i) {
+            write(++value);
+            Sleep(20);
+        }
+        return ribbon.invalidations > before;
+    }
+
+    const ThemeKeys keys_;
+};
+
+void WriteOffice(DWORD value) { ThemeKeys::SetOffice(L"16.0", value); }
+void WriteWindows(DWORD value) { ThemeKeys::SetWindows(value); }
+
+}  // namespace
+
+TEST_F(ThemeWatch, ChangeOfEitherThemeInvalidatesTheRibbonFromAnotherThread) {
+    const AddinObject addin;
+    ScriptedRibbon ribbon;
+    EXPECT_EQ(LoadRibbon(addin, &ribbon), S_OK);
+    EXPECT_EQ(addin->watchers.size(), 2U);
+    EXPECT_TRUE(ChangeIsSeen(ribbon, WriteOffice));
+    EXPECT_NE(ribbon.invalidatingThread, GetCurrentThreadId());
+    EXPECT_TRUE(ChangeIsSeen(ribbon, WriteWindows));
+    addin->OnDisconnection(ext_dm_HostShutdown, nullptr);
+    EXPECT_EQ(ribbon.References(), 1U);
+}
+
+TEST_F(ThemeWatch, NothingIsCalledAfterDisconnection) {
+    const AddinObject addin;
+    ScriptedRibbon ribbon;
+    LoadRibbon(addin, &ribbon);
+    EXPECT_TRUE(ChangeIsSeen(ribbon, WriteOffice));
+    addin->OnDisconnection(ext_dm_HostShutdown, nullptr);
+    EXPECT_TRUE(addin->watchers.empty());
+    const int before = ribbon.invalidations;
+    WriteOffice(77);
+    WriteWindows(77);
+    Sleep(200);
+    EXPECT_EQ(ribbon.invalidations, before);
+}
+
+TEST_F(ThemeWatch, OfficeKeyOfTheVersionThatStoresAThemeIsWatched) {
+    ThemeKeys::Clear();
+    ThemeKeys::SetOffice(L"15.0", 1);
+    ThemeKeys::SetWindows(1);
+    const AddinObject addin;
+    ScriptedRibbon ribbon;
+    LoadRibbon(addin, &ribbon);
+    EXPECT_TRUE(ChangeIsSeen(ribbon, [](DWORD value) { ThemeKeys::SetOffice(L"15.0", value); }));
+}
+
+TEST_F(ThemeWatch, FailedRibbonLoadWatchesNothing) {
+    const AddinObject addin;
+    ScriptedRibbon ribbon;
+    ribbon.queryResult = E_FAIL;
+    EXPECT_EQ(LoadRibbon(addin, &ribbon), E_FAIL);
+    ribbon.queryResult = S_OK;
+    ribbon.queryGivesNull = true;
+    EXPECT_EQ(LoadRibbon(addin, &ribbon), S_OK);
+    EXPECT_TRUE(addin->watchers.empty());
+}
+
+TEST_F(ThemeWatch, SecondRibbonLoadAddsTwoMoreWatchersAndTheNewRibbonIsAsked) {
+    const AddinObject addin;
+    ScriptedRibbon first;
+    ScriptedRibbon second;
+    LoadRibbon(addin, &first);
+    LoadRibbon(addin, &second);
+    EXPECT_EQ(addin->watchers.size(), 4U);
+    EXPECT_EQ(first.References(), 1U);
+    EXPECT_TRUE(ChangeIsSeen(second, WriteOffice));
+    EXPECT_EQ(first.invalidations, 0);
+}
+
+TEST_F(ThemeWatch, TenRibbonLoadsAndOneDisconnectionLeaveNothingBehind) {
+    ScriptedRibbon ribbon;
+    const auto round = [&] {
+        const AddinObject addin;
+        for (int i = 0; i < 10; ++i) EXPECT_EQ(LoadRibbon(addin, &ribbon), S_OK);
+        EXPECT_EQ(addin->watchers.size(), 20U);
+        addin->OnDisconnection(ext_dm_HostShutdown, nullptr);
+        Sleep(50);  // Wine frees what a thread had a moment after its end
+    };
+    // Threads and keys are handles too. What is lost would be lost in every round; one handle more or less is Wine's.
+    constexpr size_t rounds = 8;
+    for (size_t i = 0; i < 3; ++i) round();
+    const size_t handles = OpenHandles();
+    for (size_t i = 0; i < rounds; ++i) round();
+    EXPECT_LT(OpenHandles(), handles + rounds);
+    EXPECT_EQ(ribbon.References(), 1U);
+}
+
+TEST_F(ThemeWatch, ObjectThatDiesWithoutDisconnectionStopsItsWatchers) {
+    ScriptedRibbon ribbon;
+    {
+        const AddinObject addin;
+        LoadRibbon(addin, &ribbon);
+        EXPECT_TRUE(ChangeIsSeen(ribbon, WriteOffice));
+    }
+    EXPECT_EQ(ribbon.References(), 1U);
+    const int before = ribbon.invalidations;
+    WriteOffice(55);
+    Sleep(200);
+    EXPECT_EQ(ribbon.invalidations, before);
+}
+
+TEST_F(ThemeWatch, HostThatEndsWithoutDisconnectionDoesNotHang) {
+    static ScriptedRibbon ribbon;
+    auto* forgotten = new ZOfficeAddin;
+    VARIANT argument = ObjectArgument(&ribbon);
+    DISPPARAMS params = {&argument, nullptr, 1, 0};
+    EXPECT_EQ(forgotten->Invoke(1001, IID_NULL, 0, DISPATCH_METHOD, &params, nullptr, nullptr, nullptr), S_OK);
+}
