@@ -8,6 +8,11 @@ ZAVO_BIN=$ZAVO_ROOT/build/bin
 # What is slow to make and does not depend on the source tree is kept here, under names made from its inputs.
 ZAVO_CACHE=${ZAVO_CACHE:-${XDG_CACHE_HOME:-${HOME:?HOME is not set}/.cache}/zavo-office-addin}
 
+# Wine programs take an interrupt for themselves and end; the script has to end too. Its EXIT trap cleans up.
+trap 'exit 129' HUP
+trap 'exit 130' INT
+trap 'exit 143' TERM
+
 step() { printf '==> %s\n' "$*" >&2; }
 
 fail() {
@@ -70,7 +75,7 @@ wine_environment() {
 # The Windows form of a Linux path.
 windows_path() {
     local path
-    path=$(realpath -m -- "$1")
+    path=$(realpath -ms -- "$1")
     printf 'Z:%s' "${path//\//\\}"
 }
 
@@ -87,6 +92,7 @@ wine_template() {
         local fresh
         fresh=$(mktemp -d "$ZAVO_CACHE/wine-template-new.XXXXXX")
         (
+            trap 'exit 130' HUP INT TERM
             export WINEPREFIX=$fresh
             local log=$ZAVO_CACHE/wine-template.log folder
             {
@@ -105,6 +111,7 @@ wine_template() {
         # Another run may have been faster; its template is as good.
         mv -T "$fresh" "$template" 2>/dev/null || rm -rf "$fresh"
     fi
+    touch "$template"
     printf '%s' "$template"
 }
 
@@ -115,7 +122,10 @@ wine_start() {
     wine_environment
     template=$(wine_template)
     mkdir -p "$ZAVO_CACHE/runs"
-    find "$ZAVO_CACHE/runs" -mindepth 1 -maxdepth 1 -mtime +1 -exec rm -rf {} + 2>/dev/null || true
+    # What killed runs left behind, and templates that nobody used for a week.
+    find "$ZAVO_CACHE/runs" "$ZAVO_CACHE" -mindepth 1 -maxdepth 1 \
+        \( -path '*/runs/*' -mtime +1 -o -name 'wine-template-new.*' -mtime +1 -o -name 'wine-template-*' -mtime +7 \) \
+        -exec rm -rf {} + 2>/dev/null || true
     run=$(mktemp -d "$ZAVO_CACHE/runs/XXXXXX")
     ZAVO_RUN=$run
     trap wine_stop EXIT
@@ -140,7 +150,7 @@ wine_stop() {
 # they read.
 bridge_start() {
     local port_file=$ZAVO_RUN/bridge.port log=$ZAVO_RUN/bridge.log tries
-    /usr/bin/python3 "$ZAVO_ROOT/standins/bridge/bridge.py" "$port_file" "$ZAVO_RUN/libreoffice" \
+    TMPDIR=$ZAVO_RUN /usr/bin/python3 "$ZAVO_ROOT/standins/bridge/bridge.py" "$port_file" "$ZAVO_RUN/libreoffice" \
         </dev/null >"$log" 2>&1 &
     ZAVO_BRIDGE_PID=$!
     for ((tries = 0; tries < 600; ++tries)); do

@@ -43,18 +43,16 @@ public:
 
     HRESULT STDMETHODCALLTYPE GetCustomUI(BSTR ribbonId, BSTR* markup) override;
 
-    AddinState state;
-
 private:
+    ~ZOfficeAddin() = default;
+
     ULONG references_ = 1;
 
 public:
+    AddinState state;
     StoredRibbon ribbon;
     std::vector<std::unique_ptr<RegistryWatcher>> watchers;  // they call the ribbon, so they go before it
     bool commandRunning = false;                             // a click that comes in meanwhile does nothing
-
-private:
-    ~ZOfficeAddin() = default;
 };
 
 // Which host has this application: it is known by the collection that it offers.

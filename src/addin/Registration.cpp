@@ -1,4 +1,4 @@
-// Registration and its undoing: two tables and a loop over each.
+// Registration and its undoing: two tables.
 #include "src/addin/Registration.h"
 
 #include <shlobj.h>
@@ -52,12 +52,7 @@ HRESULT WriteRows(const wchar_t* libraryPath) {
         {HKEY_LOCAL_MACHINE, outlookKey, L"LoadBehavior", REG_DWORD, &loadAtStartup},
         {HKEY_LOCAL_MACHINE, outlookKey, L"CommandLineSafe", REG_DWORD, &commandLineSafe},
     };
-    HRESULT result = S_FALSE;
-    for (const RegistryValueSpec& row : rows) {
-        if (FAILED(result)) break;
-        result = WriteRegistryValue(&row);
-    }
-    return result;
+    return WriteRegistryValues(rows);
 }
 
 }  // namespace
@@ -77,11 +72,7 @@ HRESULT UnregisterAddin() {
         {HKEY_CLASSES_ROOT, addinProgId},    {HKEY_LOCAL_MACHINE, wordKey},    {HKEY_LOCAL_MACHINE, excelKey},
         {HKEY_LOCAL_MACHINE, powerPointKey}, {HKEY_LOCAL_MACHINE, outlookKey},
     };
-    HRESULT result = S_OK;
-    for (const RegistryValueSpec& row : rows) {
-        result = DeleteRegistryTree(&row);
-        if (FAILED(result)) return result;
-    }
-    NotifyShell();
+    const HRESULT result = DeleteRegistryTrees(rows);
+    if (SUCCEEDED(result)) NotifyShell();
     return result;
 }

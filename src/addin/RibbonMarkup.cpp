@@ -2,6 +2,8 @@
 // ampersand or a less-than sign.
 #include "src/addin/RibbonMarkup.h"
 
+#include <utility>
+
 #include "src/base/ControlIds.h"
 #include "src/ui/StringTable.h"
 

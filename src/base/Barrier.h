@@ -7,7 +7,8 @@
 #include <utility>
 
 // Runs `body`, which answers an HRESULT, and answers it. An allocation that failed becomes E_OUTOFMEMORY, anything else
-// that was thrown E_UNEXPECTED. It stands around every export, every interface method and every thread function.
+// that was thrown E_UNEXPECTED. It stands around every export, every interface method that can throw and every thread
+// function.
 template <typename Body>
 HRESULT Barrier(Body&& body) noexcept {
     try {

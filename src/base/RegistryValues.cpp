@@ -69,6 +69,24 @@ HRESULT DeleteRegistryTree(const RegistryValueSpec* spec) {
     return result == ERROR_FILE_NOT_FOUND ? S_OK : HResultFromWin32(result);
 }
 
+HRESULT WriteRegistryValues(std::span<const RegistryValueSpec> rows) {
+    HRESULT result = S_FALSE;
+    for (const RegistryValueSpec& row : rows) {
+        if (FAILED(result)) break;
+        result = WriteRegistryValue(&row);
+    }
+    return result;
+}
+
+HRESULT DeleteRegistryTrees(std::span<const RegistryValueSpec> rows) {
+    HRESULT result = S_OK;
+    for (const RegistryValueSpec& row : rows) {
+        if (FAILED(result)) break;
+        result = DeleteRegistryTree(&row);
+    }
+    return result;
+}
+
 HRESULT DeleteRegistryValue(const RegistryValueSpec* spec) {
     if (!spec) return E_INVALIDARG;
     RegistryKey key;

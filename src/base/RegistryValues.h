@@ -3,6 +3,7 @@
 
 #include <windows.h>
 
+#include <span>
 #include <string>
 
 // One registry value. `data` is the caller's unless `ownsData` is set; then it was made by new BYTE[] and the record
@@ -36,6 +37,11 @@ HRESULT WriteRegistryDword(HKEY root, const std::wstring& subkey, const std::wst
 // Deletes the record's key with everything below it; a key that is already gone is no error. E_INVALIDARG for no record
 // or an empty subkey, which would name a whole root.
 HRESULT DeleteRegistryTree(const RegistryValueSpec* spec);
+
+// Each row in turn, up to the first that fails, whose error is the answer; earlier rows stay done. S_FALSE for writing
+// no row at all, S_OK for deleting none.
+HRESULT WriteRegistryValues(std::span<const RegistryValueSpec> rows);
+HRESULT DeleteRegistryTrees(std::span<const RegistryValueSpec> rows);
 
 // Deletes the value; a key or value that is already gone is no error.
 HRESULT DeleteRegistryValue(const RegistryValueSpec* spec);

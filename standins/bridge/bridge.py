@@ -51,11 +51,11 @@ class Office:
         self.process = subprocess.Popen(
             ["soffice", "-env:UserInstallation=" + uno.systemPathToFileUrl(profile), "--headless", "--norestore",
              "--nologo", "--nodefault", f"--accept=pipe,name={pipe};urp;"],
-            stdin=subprocess.DEVNULL, stdout=subprocess.DEVNULL, stderr=subprocess.DEVNULL)
+            stdin=subprocess.DEVNULL, stdout=subprocess.DEVNULL, stderr=subprocess.DEVNULL, start_new_session=True)
         try:
             self.desktop = self.connect(pipe)
         except BaseException:
-            self.process.kill()
+            self.kill()
             raise
 
     def connect(self, pipe):
@@ -80,7 +80,14 @@ class Office:
         try:
             self.process.wait(10)
         except subprocess.TimeoutExpired:
-            self.process.kill()
+            self.kill()
+
+    def kill(self):
+        """Ends LibreOffice's starter and what it started."""
+        try:
+            os.killpg(self.process.pid, signal.SIGKILL)
+        except ProcessLookupError:
+            pass
 
     def load(self, source):
         url = uno.systemPathToFileUrl(source)
@@ -213,5 +220,6 @@ def serve(port_file, profile):
 if __name__ == "__main__":
     if len(sys.argv) != 3:
         sys.exit(__doc__)
-    signal.signal(signal.SIGTERM, lambda *_: sys.exit(0))
+    for end in (signal.SIGTERM, signal.SIGHUP, signal.SIGINT):
+        signal.signal(end, lambda *_: sys.exit(0))
     serve(sys.argv[1], sys.argv[2])

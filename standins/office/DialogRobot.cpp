@@ -1,12 +1,16 @@
 // The dialog robot.
 #include "standins/office/DialogRobot.h"
 
+#include <commctrl.h>
+
 #include <algorithm>
 #include <utility>
 
 namespace {
 
 constexpr int fileNameComboId = 0x47C;  // cmb13, the save dialog's file name
+constexpr int filterComboId = 0x470;    // cmb1, its file types
+constexpr int readOnlyBoxId = 0x410;    // chx1
 constexpr int messageTextId = 0xFFFF;   // a message box's text
 constexpr DWORD pollMilliseconds = 10;
 constexpr DWORD settleMilliseconds = 200;  // a save dialog fills its controls after it appears
@@ -40,6 +44,32 @@ HICON MessageIcon(HWND box) {
         },
         reinterpret_cast<LPARAM>(&icon));
     return icon;
+}
+
+std::vector<std::wstring> FiltersOf(HWND dialog) {
+    const HWND combo = GetDlgItem(dialog, filterComboId);
+    std::vector<std::wstring> filters(static_cast<size_t>(SendMessageW(combo, CB_GETCOUNT, 0, 0)));
+    for (size_t i = 0; i < filters.size(); ++i) {
+        wchar_t text[256] = {};
+        SendMessageW(combo, CB_GETLBTEXT, i, reinterpret_cast<LPARAM>(text));
+        filters[i] = text;
+    }
+    return filters;
+}
+
+int ListedFiles(HWND dialog) {
+    int listed = 0;
+    EnumChildWindows(
+        dialog,
+        [](HWND child, LPARAM count) -> BOOL {
+            wchar_t name[32] = {};
+            GetClassNameW(child, name, ARRAYSIZE(name));
+            if (wcscmp(name, WC_LISTVIEWW) != 0) return TRUE;
+            *reinterpret_cast<int*>(count) = ListView_GetItemCount(child);
+            return FALSE;
+        },
+        reinterpret_cast<LPARAM>(&listed));
+    return listed;
 }
 
 void Press(HWND dialog, int button) { PostMessageW(dialog, WM_COMMAND, static_cast<WPARAM>(button), 0); }
@@ -106,7 +136,8 @@ void DialogRobot::Handle(HWND dialog) {
 }
 
 void DialogRobot::HandleSaveDialog(HWND dialog, HWND edit) {
-    Note({TextOf(dialog), TextOf(edit), GetWindow(dialog, GW_OWNER), nullptr, true});
+    Note({TextOf(dialog), TextOf(edit), GetWindow(dialog, GW_OWNER), nullptr, true, FiltersOf(dialog),
+          IsWindowVisible(GetDlgItem(dialog, readOnlyBoxId)) != FALSE, ListedFiles(dialog)});
     if (answer_.cancel) return Press(dialog, IDCANCEL);
     if (!answer_.path.empty()) {
         SendMessageW(edit, WM_SETTEXT, 0, reinterpret_cast<LPARAM>(answer_.path.c_str()));
@@ -116,7 +147,7 @@ void DialogRobot::HandleSaveDialog(HWND dialog, HWND edit) {
 
 void DialogRobot::HandleMessageBox(HWND box) {
     const HWND owner = GetWindow(box, GW_OWNER);
-    Note({TextOf(box), TextOf(GetDlgItem(box, messageTextId)), owner, MessageIcon(box), false});
+    Note({TextOf(box), TextOf(GetDlgItem(box, messageTextId)), owner, MessageIcon(box)});
     const bool isQuestion = GetDlgItem(box, IDYES) != nullptr;
     if (isQuestion && !answer_.overwrite) {
         Press(box, IDNO);

@@ -24,6 +24,9 @@ struct SeenDialog {
     HWND owner = nullptr;
     HICON icon = nullptr;  // a message box's
     bool isSaveDialog = false;
+    std::vector<std::wstring> filters = {};  // a save dialog's file types
+    bool offersReadOnly = false;             // whether a save dialog shows the box "open as read-only"
+    int listedFiles = 0;                     // how many files and folders a save dialog lists
 };
 
 // Works in a thread of its own from construction to destruction.

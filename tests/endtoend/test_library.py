@@ -36,6 +36,9 @@ class AddinLibrary(unittest.TestCase):
         block = headers("zavoofficeaddin.dll").split("DLL Name: ZavoKit.dll")[1].split("DLL Name:")[0]
         self.assertEqual(sorted(re.findall(r"PDF\w+", block)), ["PDF_DestroyLibrary", "PDF_InitLibrary"])
 
+    def test_TakesNoThreadNotifications(self):
+        self.assertIn("DisableThreadLibraryCalls", headers("zavoofficeaddin.dll"))
+
     def test_IsHardened(self):
         for flag in ("DYNAMIC_BASE", "HIGH_ENTROPY_VA", "NX_COMPAT"):
             self.assertIn(flag, headers("zavoofficeaddin.dll"))

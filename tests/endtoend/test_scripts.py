@@ -1,19 +1,25 @@
 """The scripts as a user calls them."""
 import os
+import pathlib
 import shutil
+import signal
 import subprocess
 import tempfile
+import time
 import unittest
 
 from support import ROOT, ask_bridge, pdf_outline_titles, pdf_text
 
 
+def plain_environment():
+    """The environment without the caller's Wine session, which is not the script's."""
+    return {name: value for name, value in os.environ.items()
+            if not name.startswith(("WINE", "ZAVO_BRIDGE", "LC_", "LANG"))}
+
+
 def run(script, *arguments, cwd="/"):
-    # The caller's Wine session is not the script's.
-    variables = {name: value for name, value in os.environ.items()
-                 if not name.startswith(("WINE", "ZAVO_BRIDGE", "LC_", "LANG"))}
-    done = subprocess.run([ROOT / "scripts" / script, *arguments], cwd=cwd, env=variables, stdin=subprocess.DEVNULL,
-                          capture_output=True, text=True, timeout=300, check=False)
+    done = subprocess.run([ROOT / "scripts" / script, *arguments], cwd=cwd, env=plain_environment(),
+                          stdin=subprocess.DEVNULL, capture_output=True, text=True, timeout=300, check=False)
     return done.returncode, done.stdout, done.stderr
 
 
@@ -32,6 +38,8 @@ class Scripts(unittest.TestCase):
         for arguments, said in ((("demo", "--what"), "unknown option --what"),
                                 (("demo", "/no/such.docx"), "no such document: /no/such.docx"),
                                 (("demo", "--tick"), "--tick needs the ID of a check box"),
+                                (("demo", "--tick", "other"), "there is no check box other"),
+                                (("demo", "--out", "/tmp"), "--out names a folder, not a file: /tmp"),
                                 (("demo", "--out", "/no/such/a.pdf"), "no such folder: /no/such"),
                                 (("test", "--what"), "unknown option --what"),
                                 (("build", "--what"), "unknown option --what")):
@@ -75,6 +83,49 @@ class Scripts(unittest.TestCase):
         self.assertEqual(code, 1)
         self.assertIn("the host could not export: ", out)
         self.assertTrue(errors.endswith("demo: no PDF came of it\n"), errors)
+
+    def test_InterruptedDemoEndsAtOnceAndLeavesNothingBehind(self):
+        cache = os.environ.get("ZAVO_CACHE") or os.path.join(
+            os.environ.get("XDG_CACHE_HOME") or os.path.expanduser("~/.cache"), "zavo-office-addin")
+        runs = os.path.join(cache, "runs")
+        before = set(os.listdir(runs))
+        for moment in ("Starting Wine", "Registering", "Clicking"):
+            with open(os.path.join(self.folder, "log"), "w+", encoding="utf-8") as log:
+                demo = subprocess.Popen([ROOT / "scripts" / "demo"], env=plain_environment(), stdin=subprocess.DEVNULL,
+                                        stdout=log, stderr=log, start_new_session=True)
+                deadline = time.monotonic() + 100
+                while moment not in pathlib.Path(log.name).read_text(encoding="utf-8"):
+                    self.assertLess(time.monotonic(), deadline)
+                    time.sleep(0.02)
+                time.sleep(0.3)
+                os.killpg(demo.pid, signal.SIGINT)
+                self.assertEqual(demo.wait(30), 130, moment)
+            self.assertEqual(set(os.listdir(runs)) - before, set(), moment)
+            for process in pathlib.Path("/proc").glob("[0-9]*/cmdline"):
+                try:
+                    command = process.read_bytes().replace(b"\0", b" ").decode("utf-8", "replace")
+                except OSError:
+                    continue
+                if runs in command and not any(run in command for run in before):
+                    self.fail(f"left running: {command}")
+
+    def test_NamesThatWindowsCannotOpenAreRefused(self):
+        document = os.path.join(self.folder, "a:b.docx")
+        with open(document, "w", encoding="ascii"):
+            pass
+        code, _, errors = run("demo", document)
+        self.assertEqual(code, 1)
+        self.assertIn("Windows cannot open a path with one of", errors)
+
+    def test_DocumentBehindALinkIsMadeIntoAPdfBesideTheLink(self):
+        folder = os.path.join(self.folder, "elsewhere")
+        os.mkdir(folder)
+        ask_bridge(command="convert", source=str(ROOT / "samples" / "project-report.fodt"),
+                   target=os.path.join(folder, "real.docx"), filter="MS Word 2007 XML")
+        os.symlink(os.path.join(folder, "real.docx"), os.path.join(self.folder, "link.docx"))
+        code, out, errors = run("demo", os.path.join(self.folder, "link.docx"))
+        self.assertEqual(code, 0, out + errors)
+        self.assertIn("Harbour bridge", pdf_text(os.path.join(self.folder, "link.pdf")))
 
     def test_DemoKeepsAPdfThatIsThereAlready(self):
         document = os.path.join(self.folder, "plan.docx")

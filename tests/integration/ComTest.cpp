@@ -95,6 +95,7 @@ TEST_F(Com, ClickExportsWithTheTickedOptions) {
         const DialogRobot robot({});
         EXPECT_EQ(session.Click(element(L"BUTTON_ID_CREATE")).result, S_OK);
     }
+    ASSERT_FALSE(document.invocations.empty());
     const Invocation& call = document.invocations.back();
     ASSERT_EQ(call.name, L"ExportAsFixedFormat");
     ASSERT_EQ(call.wire.size(), 14U);
@@ -122,4 +123,6 @@ TEST_F(Com, HostThatIsUnknownIsRefused) {
     ScriptedDispatch application;
     EXPECT_THROW(AddinSession(L"ZAVO.OfficeAddin", &application, L""), std::runtime_error);
     EXPECT_EQ(application.References(), 1U);
+    CoFreeUnusedLibrariesEx(0, 0);
+    EXPECT_FALSE(IsLoaded());  // nothing keeps a library that was refused
 }

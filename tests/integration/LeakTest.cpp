@@ -5,6 +5,7 @@
 
 #include <atomic>
 
+#include "src/addin/ClassFactory.h"
 #include "src/addin/OfficeAddin.h"
 #include "src/export/Companion.h"
 #include "src/export/ExportToPdf.h"
@@ -12,6 +13,7 @@
 #include "tests/support/CountedAllocations.h"
 #include "tests/support/OpenHandles.h"
 #include "tests/support/Registry.h"
+#include "tests/support/ScriptedRibbon.h"
 
 namespace {
 
@@ -110,14 +112,26 @@ public:
     }
 };
 
+// Through the class factory, whose barrier answers a failed allocation of the object.
+HRESULT CreateAddin(REFIID iid, void** object) {
+    IClassFactory* factory = nullptr;
+    try {
+        factory = new ZOfficeAddinClassFactory;
+    } catch (const std::bad_alloc&) {
+        return E_OUTOFMEMORY;  // DllGetClassObject's barrier answers this
+    }
+    const HRESULT created = factory->CreateInstance(nullptr, iid, object);
+    factory->Release();
+    return created;
+}
+
 // Everything that a session does but for the save dialog, which is the system's. Every answer must be an HRESULT.
 void RunSession(EverythingObject& word) {
-    ZOfficeAddin* addin = nullptr;
-    try {
-        addin = new ZOfficeAddin;
-    } catch (const std::bad_alloc&) {
-        return;  // the class factory's barrier answers this
-    }
+    _IDTExtensibility2* face = nullptr;
+    const HRESULT created = CreateAddin(IID_IDTExtensibility2, reinterpret_cast<void**>(&face));
+    EXPECT_TRUE(created == S_OK || created == E_OUTOFMEMORY);
+    if (FAILED(created)) return;
+    auto* addin = static_cast<ZOfficeAddin*>(face);
     addin->OnConnection(&word, ext_cm_Startup, nullptr, nullptr);
     BSTR markup = nullptr;
     const HRESULT given = addin->GetCustomUI(nullptr, &markup);
@@ -210,4 +224,31 @@ TEST(Leaks, MarkupWithoutMemoryForItsTextIsOutOfMemory) {
     com.failing = false;
     EXPECT_EQ(markup, nullptr);
     addin->Release();
+}
+
+TEST(Leaks, ObjectThatLacksTheInterfaceIsKeptOnPurpose) {
+    void* object = nullptr;
+    EXPECT_EQ(CreateAddin(IID_IClassFactory, &object), E_NOINTERFACE);
+    const long blocks = liveBlocks;
+    EXPECT_EQ(CreateAddin(IID_IClassFactory, &object), E_NOINTERFACE);
+    EXPECT_EQ(liveBlocks, blocks + 1);
+}
+
+TEST(Leaks, ReferenceTakenAndDroppedWhileTheObjectDiesDoesNotDeleteItAgain) {
+    const long before = liveBlocks;
+    {
+        ScriptedRibbon ribbon;
+        auto* addin = new ZOfficeAddin;
+        int calls = 0;
+        ribbon.onRelease = [&] {
+            ++calls;
+            addin->AddRef();
+            addin->Release();
+        };
+        addin->ribbon.Store(&ribbon);
+        calls = 0;
+        addin->Release();
+        EXPECT_EQ(calls, 1);
+    }
+    EXPECT_EQ(liveBlocks, before);
 }

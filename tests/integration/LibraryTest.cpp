@@ -81,6 +81,7 @@ TEST(Library, ServerLockKeepsTheLibraryLoadedAndSoDoesAnUnlockTooMany) {
     EXPECT_EQ(library.CanUnloadNow(), S_FALSE);
     factory->LockServer(FALSE);
     factory->LockServer(FALSE);
+    EXPECT_EQ(library.CanUnloadNow(), S_FALSE);  // one factory and one unlock too many do not add up to none
     factory->Release();
     EXPECT_EQ(library.CanUnloadNow(), S_FALSE);
 }

@@ -33,8 +33,8 @@ private:
     }
 };
 
-// Everything below a key: "subkey|value name" to "type:hexadecimal bytes", and "subkey|" with an empty text for the key
-// itself.
+// Everything below a key: "subkey|value name" to "type:hexadecimal bytes", and "subkey|key" with an empty text for the
+// key itself.
 inline void ListRegistry(HKEY root, const std::wstring& subkey, std::map<std::wstring, std::wstring>& found) {
     HKEY key = nullptr;
     if (RegOpenKeyExW(root, subkey.c_str(), 0, KEY_READ, &key) != ERROR_SUCCESS) return;

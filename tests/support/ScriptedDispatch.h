@@ -5,6 +5,7 @@
 #include <oaidl.h>
 
 #include <functional>
+#include <iosfwd>
 #include <map>
 #include <string>
 #include <vector>

@@ -2,6 +2,7 @@
 #pragma once
 
 #include <atomic>
+#include <functional>
 
 #include "src/addin/OfficeInterfaces.h"
 
@@ -12,8 +13,9 @@ public:
     ScriptedRibbon(const ScriptedRibbon&) = delete;
     ScriptedRibbon& operator=(const ScriptedRibbon&) = delete;
 
-    HRESULT queryResult = S_OK;   // what a query for IRibbonUI answers
-    bool queryGivesNull = false;  // whether a successful one gives null
+    HRESULT queryResult = S_OK;       // what a query for IRibbonUI answers
+    bool queryGivesNull = false;      // whether a successful one gives null
+    std::function<void()> onRelease;  // runs at every release
     std::atomic<int> invalidations = 0;
     std::atomic<DWORD> invalidatingThread = 0;
 
@@ -26,7 +28,11 @@ public:
         return S_OK;
     }
     ULONG STDMETHODCALLTYPE AddRef() override { return InterlockedIncrement(&references_); }
-    ULONG STDMETHODCALLTYPE Release() override { return InterlockedDecrement(&references_); }
+    ULONG STDMETHODCALLTYPE Release() override {
+        const ULONG left = InterlockedDecrement(&references_);
+        if (onRelease) onRelease();
+        return left;
+    }
     HRESULT STDMETHODCALLTYPE GetTypeInfoCount(UINT*) override { return E_NOTIMPL; }
     HRESULT STDMETHODCALLTYPE GetTypeInfo(UINT, LCID, ITypeInfo**) override { return E_NOTIMPL; }
     HRESULT STDMETHODCALLTYPE GetIDsOfNames(REFIID, LPOLESTR*, UINT, LCID, DISPID*) override { return E_NOTIMPL; }

@@ -1,5 +1,5 @@
-// Stands in for ZAVO.exe in tests: writes its command line to the file that ZAVO_PROBE_LOG names and ends with the code
-// in ZAVO_PROBE_EXIT.
+// Stands in for ZAVO.exe in tests: writes its command line to the file that ZAVO_PROBE_LOG names, waits for as many
+// milliseconds as ZAVO_PROBE_DELAY says and ends with the code in ZAVO_PROBE_EXIT.
 #include "src/base/Handles.h"
 #include "standins/common/Text.h"
 
@@ -12,5 +12,6 @@ int main() {
     DWORD written = 0;
     WriteFile(file, line.data(), static_cast<DWORD>(line.size()), &written, nullptr);
     CloseHandle(file);
+    Sleep(wcstoul(Environment(L"ZAVO_PROBE_DELAY").c_str(), nullptr, 10));
     return static_cast<int>(wcstol(Environment(L"ZAVO_PROBE_EXIT").c_str(), nullptr, 10));
 }

@@ -68,6 +68,15 @@ TEST(AutomationCalls, PropertyPutNamesTheValueAndWantsNoResult) {
     EXPECT_FALSE(call.hasResult);
 }
 
+TEST(AutomationCalls, IndexedPropertyPutNamesOnlyTheValue) {
+    ScriptedDispatch object;
+    object.GiveNothing(L"Item");
+    VARIANT values[] = {MakeVariantInt(7), MakeVariantInt(1)};  // the value, then the index
+    EXPECT_EQ(AutomationPutProperty(&object, L"Item", 2, values), S_OK);
+    EXPECT_EQ(object.invocations.at(0).wire, (std::vector{WireNumber(7), WireNumber(1)}));
+    EXPECT_EQ(object.invocations[0].named, std::vector<DISPID>{DISPID_PROPERTYPUT});
+}
+
 TEST(AutomationCalls, MethodArgumentKOfNIsSlotNMinusK) {
     ScriptedDispatch object;
     object.GiveNumber(L"Add", 9);

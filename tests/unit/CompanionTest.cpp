@@ -8,6 +8,7 @@
 #include "tests/support/CompanionProbe.h"
 #include "tests/support/ScriptedDispatch.h"
 #include "tests/support/TestLanguage.h"
+#include "tests/support/TestWindow.h"
 
 namespace {
 
@@ -58,6 +59,9 @@ TEST_F(Companion, EmptyPathIsStillAnAnswer) {
 }
 
 TEST_F(Companion, InstallPathIsNeverReadPastItsEnd) {
+    // A long value first: what it leaves on the stack must not show in the next one.
+    CompanionKeys::Set(HKEY_CURRENT_USER, userKey, std::wstring(259, L'x'));
+    EXPECT_EQ(FindCompanionExecutable(), std::wstring(259, L'x') + L"\\ZAVO.exe");
     CompanionKeys::Set(HKEY_CURRENT_USER, userKey, REG_BINARY, L"C:\\user", 7 * sizeof(wchar_t));
     EXPECT_EQ(FindCompanionExecutable(), L"C:\\user\\ZAVO.exe");
     CompanionKeys::Set(HKEY_CURRENT_USER, userKey, REG_BINARY, L"C:\\user", 7 * sizeof(wchar_t) + 1);
@@ -112,10 +116,9 @@ TEST_F(Companion, EmptyListShowsTheMessageEvenWhenTheCompanionIsInstalled) {
 }
 
 TEST_F(Companion, MessageBelongsToTheHostsWindow) {
-    const HWND owner = CreateWindowW(L"STATIC", L"", WS_OVERLAPPEDWINDOW | WS_VISIBLE, 0, 0, 100, 100, nullptr, nullptr,
-                                     nullptr, nullptr);
+    const TestWindow owner;
     ScriptedDispatch window;
-    window.GiveNumber(L"hwnd", static_cast<LONG>(reinterpret_cast<LONG_PTR>(owner)));
+    window.GiveNumber(L"hwnd", owner.Number());
     ScriptedDispatch application;
     application.GiveObject(L"ActiveWindow", &window);
     AddinState state;
@@ -124,8 +127,7 @@ TEST_F(Companion, MessageBelongsToTheHostsWindow) {
     const DialogRobot robot({});
     EXPECT_FALSE(OpenInCompanion(state, {}, L"There are no emails that can be created as PDFs"));
     ASSERT_EQ(robot.Seen().size(), 1U);
-    EXPECT_EQ(robot.Seen()[0].owner, owner);
-    DestroyWindow(owner);
+    EXPECT_EQ(robot.Seen()[0].owner, owner.Get());
     state.application.Reset();
 }
 
@@ -141,6 +143,14 @@ TEST_F(Companion, CommandPutsPathAndWordInOnePairOfQuotationMarks) {
     EXPECT_TRUE(RunCompanionCommand(L"C:\\Temp\\Box"));
     EXPECT_EQ(companion.CommandLine(),
               L"\"" + companion.Executable() + L"\" \"C:\\Temp\\Box ZAVO_Q1JFQVRFX0VNUFRZX1BPUlRGT0xJTw\"");
+}
+
+TEST_F(Companion, CommandIsWaitedForHoweverLongItTakes) {
+    const CompanionProbe companion(2000);
+    SetEnvironmentVariableW(L"ZAVO_PROBE_DELAY", L"4000");
+    const bool done = RunCompanionCommand(L"C:\\Temp\\Box");
+    SetEnvironmentVariableW(L"ZAVO_PROBE_DELAY", nullptr);
+    EXPECT_TRUE(done);
 }
 
 TEST_F(Companion, CommandSucceedsWithItsExitCodeOnly) {

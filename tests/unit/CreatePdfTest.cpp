@@ -7,6 +7,7 @@
 #include "tests/support/CompanionProbe.h"
 #include "tests/support/Files.h"
 #include "tests/support/ScriptedDispatch.h"
+#include "tests/support/TestWindow.h"
 
 namespace {
 
@@ -112,10 +113,9 @@ TEST_F(CreatePdfCommand, MissingDocumentStillAsksAndThenEnds) {
 }
 
 TEST_F(CreatePdfCommand, DialogBelongsToTheHostsWindow) {
-    const HWND owner = CreateWindowW(L"STATIC", L"", WS_OVERLAPPEDWINDOW | WS_VISIBLE, 0, 0, 100, 100, nullptr, nullptr,
-                                     nullptr, nullptr);
+    const TestWindow owner;
     ScriptedDispatch window;
-    window.GiveNumber(L"hwnd", static_cast<LONG>(reinterpret_cast<LONG_PTR>(owner)));
+    window.GiveNumber(L"hwnd", owner.Number());
     ScriptedDispatch application;
     application.GiveObject(L"ActiveWindow", &window);
     state_.application = &application;
@@ -123,9 +123,8 @@ TEST_F(CreatePdfCommand, DialogBelongsToTheHostsWindow) {
         const DialogRobot robot({.cancel = true});
         CreatePdf(state_, false);
         ASSERT_EQ(robot.Seen().size(), 1U);
-        EXPECT_EQ(robot.Seen()[0].owner, owner);
+        EXPECT_EQ(robot.Seen()[0].owner, owner.Get());
     }
-    DestroyWindow(owner);
     state_.application.Reset();
 }
 

@@ -16,30 +16,6 @@ ULONG CountOf(IUnknown* object) {
     return object->Release();
 }
 
-// Runs an action when it is released for the last time.
-class RibbonThatCallsBack final : public IRibbonUI {
-public:
-    explicit RibbonThatCallsBack(std::function<void()> action) : action_(std::move(action)) {}
-    HRESULT STDMETHODCALLTYPE QueryInterface(REFIID, void**) override { return E_NOINTERFACE; }
-    ULONG STDMETHODCALLTYPE AddRef() override { return ++references_; }
-    ULONG STDMETHODCALLTYPE Release() override {
-        if (--references_ == 0) action_();
-        return references_;
-    }
-    HRESULT STDMETHODCALLTYPE GetTypeInfoCount(UINT*) override { return E_NOTIMPL; }
-    HRESULT STDMETHODCALLTYPE GetTypeInfo(UINT, LCID, ITypeInfo**) override { return E_NOTIMPL; }
-    HRESULT STDMETHODCALLTYPE GetIDsOfNames(REFIID, LPOLESTR*, UINT, LCID, DISPID*) override { return E_NOTIMPL; }
-    HRESULT STDMETHODCALLTYPE Invoke(DISPID, REFIID, LCID, WORD, DISPPARAMS*, VARIANT*, EXCEPINFO*, UINT*) override {
-        return E_NOTIMPL;
-    }
-    HRESULT STDMETHODCALLTYPE Invalidate() override { return S_OK; }
-    HRESULT STDMETHODCALLTYPE InvalidateControl(BSTR) override { return S_OK; }
-
-private:
-    std::function<void()> action_;
-    ULONG references_ = 0;
-};
-
 }  // namespace
 
 TEST(OfficeAddin, QueryGivesThePrimaryFaceForEverythingButTheRibbon) {
@@ -317,19 +293,6 @@ TEST(OfficeAddin, InterfacesHaveTheirPublishedIdsAndSlots) {
     EXPECT_EQ(application.References(), 2U);
     EXPECT_EQ(reinterpret_cast<Disconnect>(table[8])(primary, 0, nullptr), S_OK);
     EXPECT_EQ(application.References(), 1U);
-}
-
-TEST(OfficeAddin, ReferenceTakenAndDroppedWhileTheObjectDiesDoesNotDeleteItAgain) {
-    auto* addin = new ZOfficeAddin;
-    int calls = 0;
-    RibbonThatCallsBack ribbon([&] {
-        ++calls;
-        addin->AddRef();
-        addin->Release();
-    });
-    addin->ribbon.Store(&ribbon);
-    addin->Release();
-    EXPECT_EQ(calls, 1);
 }
 
 TEST(OfficeAddin, RibbonFacesSeventhSlotIsGetCustomUi) {

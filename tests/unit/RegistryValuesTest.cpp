@@ -5,6 +5,7 @@
 
 #include <cstring>
 
+#include "src/base/Handles.h"
 #include "tests/support/Registry.h"
 
 namespace {
@@ -80,9 +81,34 @@ TEST_F(RegistryValues, DeletedTreeTakesEverythingBelowAndMayBeGone) {
 
 TEST_F(RegistryValues, WholeRootIsNeverDeleted) {
     WriteRegistryString(HKEY_CURRENT_USER, root, L"x", L"y");
-    const RegistryValueSpec spec(HKEY_CURRENT_USER, L"");
+    RegistryKey key;  // stands for a root, which a mistake here would empty
+    ASSERT_EQ(RegOpenKeyExW(HKEY_CURRENT_USER, root, 0, KEY_ALL_ACCESS, key.Receive()), ERROR_SUCCESS);
+    const RegistryValueSpec spec(key.Get(), L"");
     EXPECT_EQ(DeleteRegistryTree(&spec), E_INVALIDARG);
-    EXPECT_FALSE(Listing().empty());
+    EXPECT_EQ(Listing().size(), 2U);
+}
+
+TEST_F(RegistryValues, RowsAreDoneUpToTheFirstThatFails) {
+    const RegistryValueSpec rows[] = {{HKEY_CURRENT_USER, root, L"a", REG_SZ, L"1"},
+                                      {HKEY_CURRENT_USER, root, L"b", REG_BINARY, L"2"},
+                                      {HKEY_CURRENT_USER, root, L"c", REG_SZ, L"3"}};
+    EXPECT_EQ(WriteRegistryValues(rows), E_NOTIMPL);
+    EXPECT_EQ(Listing().size(), 2U);  // the key and a
+    EXPECT_EQ(WriteRegistryValues({}), S_FALSE);
+    EXPECT_EQ(WriteRegistryValues(std::span(rows).first(1)), S_OK);
+}
+
+TEST_F(RegistryValues, TreesAreDeletedUpToTheFirstThatFails) {
+    for (const wchar_t* name : {L"a", L"b"}) {
+        WriteRegistryString(HKEY_CURRENT_USER, std::wstring(root) + L"\\" + name, L"x", L"y");
+    }
+    const RegistryValueSpec rows[] = {{HKEY_CURRENT_USER, std::wstring(root) + L"\\a"},
+                                      {HKEY_CURRENT_USER, L""},
+                                      {HKEY_CURRENT_USER, std::wstring(root) + L"\\b"}};
+    EXPECT_EQ(DeleteRegistryTrees(rows), E_INVALIDARG);
+    EXPECT_EQ(Listing().count(std::wstring(root) + L"\\a|key"), 0U);
+    EXPECT_EQ(Listing().count(std::wstring(root) + L"\\b|key"), 1U);
+    EXPECT_EQ(DeleteRegistryTrees({}), S_OK);
 }
 
 TEST_F(RegistryValues, DeletedValueMayBeGoneAndSoMayItsKey) {

@@ -201,7 +201,12 @@ TEST_F(RibbonCallbacks, ClickDuringACommandDoesNothing) {
     int innerClicks = 0;
     application.On(L"ActiveWindow", [&](VARIANT*) {
         ++innerClicks;
+        // The second one too: a refused click does not open the way for the next.
         EXPECT_EQ(Click(L"BUTTON_ID_CREATE"), S_OK);
+        EXPECT_EQ(Click(L"BUTTON_ID_CREATE"), S_OK);
+        ScriptedControl unreadable(L"BUTTON_ID_CREATE");
+        unreadable.idResult = E_FAIL;
+        EXPECT_EQ(Invoke(1002, {ObjectArgument(&unreadable)}), DISP_E_TYPEMISMATCH);
         return E_FAIL;
     });
     addin_->state.host = HostWord;
@@ -221,7 +226,7 @@ TEST_F(RibbonCallbacks, ObjectSurvivesALastReleaseDuringItsOwnCommand) {
     ScriptedDispatch application;
     application.On(L"ActiveWindow", [&](VARIANT*) {
         addin->OnDisconnection(ext_dm_HostShutdown, nullptr);
-        addin->Release();
+        EXPECT_EQ(addin->Release(), 1U);  // the call's own reference is left
         return E_FAIL;
     });
     addin->state.host = HostWord;

@@ -5,6 +5,7 @@
 
 #include "standins/office/DialogRobot.h"
 #include "tests/support/Files.h"
+#include "tests/support/TestWindow.h"
 
 TEST(SaveDialog, ProposesTheDocumentsFolderAndNameWithPdf) {
     EXPECT_EQ(ProposedPdfPath(L"C:\\Work\\Plan.final.docx"), L"C:\\Work\\Plan.final.pdf");
@@ -48,6 +49,19 @@ TEST(SaveDialog, AcceptedProposalIsAnswered) {
     EXPECT_TRUE(robot.Seen()[0].isSaveDialog);
 }
 
+TEST(SaveDialog, OffersPdfFilesOnlyAndNoReadOnlyBox) {
+    const TemporaryFolder folder;
+    folder.MakeFile(L"one.pdf");
+    folder.MakeFile(L"two.PDF");
+    folder.MakeFile(L"notes.txt");
+    const DialogRobot robot({.cancel = true});
+    AskPdfSavePath(nullptr, folder.Path(L"Plan.docx"));
+    ASSERT_EQ(robot.Seen().size(), 1U);
+    EXPECT_EQ(robot.Seen()[0].filters, std::vector<std::wstring>{L"PDF Files (*.pdf)"});
+    EXPECT_FALSE(robot.Seen()[0].offersReadOnly);
+    EXPECT_EQ(robot.Seen()[0].listedFiles, 2);
+}
+
 TEST(SaveDialog, TypedNameGetsTheExtension) {
     const TemporaryFolder folder;
     const DialogRobot robot({.path = folder.Path(L"other")});
@@ -87,13 +101,11 @@ TEST(SaveDialog, OpensAlsoForAnOverlongName) {
 }
 
 TEST(SaveDialog, DialogBelongsToTheOwner) {
-    const HWND owner = CreateWindowW(L"STATIC", L"", WS_OVERLAPPEDWINDOW | WS_VISIBLE, 0, 0, 100, 100, nullptr, nullptr,
-                                     nullptr, nullptr);
+    const TestWindow owner;
     {
         const DialogRobot robot({.cancel = true});
-        AskPdfSavePath(owner, L"C:\\Plan.docx");
+        AskPdfSavePath(owner.Get(), L"C:\\Plan.docx");
         ASSERT_EQ(robot.Seen().size(), 1U);
-        EXPECT_EQ(robot.Seen()[0].owner, owner);
+        EXPECT_EQ(robot.Seen()[0].owner, owner.Get());
     }
-    DestroyWindow(owner);
 }

@@ -4,6 +4,7 @@
 #include <gtest/gtest.h>
 
 #include "standins/common/Text.h"
+#include "tests/support/TestWindow.h"
 
 namespace {
 
@@ -12,25 +13,10 @@ int ScreenDpi() {
     return dpi.empty() ? 96 : static_cast<int>(wcstol(dpi.c_str(), nullptr, 10));
 }
 
-class Window {
-public:
-    Window()
-        : window_(
-              CreateWindowW(L"STATIC", L"", WS_OVERLAPPEDWINDOW, 0, 0, 100, 100, nullptr, nullptr, nullptr, nullptr)) {}
-    Window(const Window&) = delete;
-    Window& operator=(const Window&) = delete;
-    ~Window() { DestroyWindow(window_); }
-
-    HWND Get() const { return window_; }
-
-private:
-    HWND window_;
-};
-
 }  // namespace
 
 TEST(ScreenScale, WindowDecides) {
-    const Window window;
+    const TestWindow window;
     EXPECT_EQ(ScaleForDpi(16, window.Get()), 16 * ScreenDpi() / 96);
     EXPECT_EQ(ScaleForDpi(0, window.Get()), 0);
     EXPECT_EQ(ScaleForDpi(3, window.Get()), MulDiv(3, ScreenDpi(), 96));
@@ -38,7 +24,7 @@ TEST(ScreenScale, WindowDecides) {
 
 TEST(ScreenScale, WindowThatIsUnawareOfScalingCountsAsNinetySix) {
     const auto before = SetThreadDpiAwarenessContext(DPI_AWARENESS_CONTEXT_UNAWARE);
-    const Window window;
+    const TestWindow window;
     SetThreadDpiAwarenessContext(before);
     EXPECT_EQ(ScaleForDpi(16, window.Get()), 16);
 }
@@ -48,7 +34,7 @@ TEST(ScreenScale, WithoutAWindowTheScreenDecides) { EXPECT_EQ(ScaleForDpi(16, nu
 TEST(ScreenScale, WindowThatIsGoneLeavesItToTheSystem) {
     HWND gone = nullptr;
     {
-        const Window window;
+        const TestWindow window;
         gone = window.Get();
     }
     EXPECT_EQ(ScaleForDpi(16, gone), 16 * ScreenDpi() / 96);
