@@ -28,6 +28,7 @@ declare -A ZAVO_PACKAGES=(
     [render]="libreoffice-writer-nogui libreoffice-calc-nogui libreoffice-impress-nogui python3-uno poppler-utils
         fonts-liberation"
     [test]="qpdf"
+    [icons]="librsvg2-bin python3"
     [lint]="clang-14 clang-format-14 clang-tidy-14 git"
 )
 
