@@ -29,7 +29,7 @@ class Scripts(unittest.TestCase):
         self.addCleanup(shutil.rmtree, self.folder)
 
     def test_HelpExplainsItself(self):
-        for script in ("demo", "test", "build", "lint"):
+        for script in ("demo", "test", "build", "lint", "make-icons"):
             code, out, _ = run(script, "--help")
             self.assertEqual(code, 0, script)
             self.assertIn(f"Usage: scripts/{script}", out)
@@ -42,7 +42,9 @@ class Scripts(unittest.TestCase):
                                 (("demo", "--out", "/tmp"), "--out names a folder, not a file: /tmp"),
                                 (("demo", "--out", "/no/such/a.pdf"), "no such folder: /no/such"),
                                 (("test", "--what"), "unknown option --what"),
-                                (("build", "--what"), "unknown option --what")):
+                                (("build", "--what"), "unknown option --what"),
+                                (("make-icons", "--what"), "unknown option --what"),
+                                (("make-icons", "--sheet"), "--sheet needs a FILE")):
             code, out, errors = run(*arguments)
             self.assertEqual((code, out), (1, ""), arguments)
             self.assertEqual(len(errors.splitlines()), 1, errors)
