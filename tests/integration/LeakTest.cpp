@@ -7,9 +7,12 @@
 
 #include "src/addin/ClassFactory.h"
 #include "src/addin/OfficeAddin.h"
+#include "src/base/Handles.h"
+#include "src/base/Module.h"
 #include "src/export/Companion.h"
 #include "src/export/ExportToPdf.h"
 #include "src/export/OwnerWindow.h"
+#include "src/ui/RibbonImages.h"
 #include "tests/support/CountedAllocations.h"
 #include "tests/support/OpenHandles.h"
 #include "tests/support/Registry.h"
@@ -178,6 +181,36 @@ TEST(Leaks, SessionsLeaveNoMemoryReferenceOrHandleBehind) {
     EXPECT_EQ(liveBlocks, blocks);
     EXPECT_EQ(com.Live(), comBlocks);
     EXPECT_EQ(OpenHandles(), handles);
+    EXPECT_EQ(word.references, 1U);
+}
+
+TEST(Leaks, TwoThousandImageRequestsKeepNothingButTheirIcons) {
+    ComAllocations com;
+    moduleState.handle = GetModuleHandleW(nullptr);
+    EverythingObject word;
+    word.id = L"Button_ID_OpenFromMail";
+    AddinState addin;
+    addin.host = HostWord;
+    addin.application = &word;
+    const auto request = [&] {
+        VARIANT argument = {};
+        argument.vt = VT_DISPATCH;
+        argument.pdispVal = &word;
+        DISPPARAMS params = {&argument, nullptr, 1, 0};
+        OwnedVariant picture;
+        EXPECT_EQ(OnLoadImage(addin, &params, &picture), S_OK);
+    };
+    for (int i = 0; i < 10; ++i) request();
+    const long blocks = liveBlocks;
+    const long comBlocks = com.Live();
+    const size_t handles = OpenHandles();
+    const ULONG references = word.references;
+    for (int i = 0; i < 2000; ++i) request();
+    EXPECT_EQ(liveBlocks, blocks);
+    EXPECT_EQ(com.Live(), comBlocks);
+    EXPECT_LT(OpenHandles(), handles + 100);  // keys; icons are not kernel handles
+    EXPECT_EQ(word.references, references);
+    addin.application.Reset();
     EXPECT_EQ(word.references, 1U);
 }
 
