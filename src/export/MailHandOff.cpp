@@ -4,35 +4,9 @@
 #include "src/automation/CodePage.h"
 #include "src/base/Handles.h"
 #include "src/base/Paths.h"
+#include "src/export/MapiRecords.h"
 
 namespace {
-
-// The records of MAPISendMailW, which mapi.h of some tool chains lacks. Source: Windows SDK, MAPI.h.
-struct MapiFileDescW {
-    ULONG ulReserved;
-    ULONG flFlags;
-    ULONG nPosition;
-    PWSTR lpszPathName;
-    PWSTR lpszFileName;
-    PVOID lpFileType;
-};
-static_assert(sizeof(MapiFileDescW) == 40);
-
-struct MapiMessageW {
-    ULONG ulReserved;
-    PWSTR lpszSubject;
-    PWSTR lpszNoteText;
-    PWSTR lpszMessageType;
-    PWSTR lpszDateReceived;
-    PWSTR lpszConversationID;
-    ULONG flFlags;
-    PVOID lpOriginator;
-    ULONG nRecipCount;
-    PVOID lpRecips;
-    ULONG nFileCount;
-    MapiFileDescW* lpFiles;
-};
-static_assert(sizeof(MapiMessageW) == 96);
 
 using SendMail = ULONG(WINAPI*)(ULONG_PTR session, ULONG_PTR uiParam, MapiMessageW* message, ULONG flags,
                                 ULONG reserved);

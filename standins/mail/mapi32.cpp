@@ -6,34 +6,10 @@
 #include <string>
 
 #include "src/base/Handles.h"
+#include "src/export/MapiRecords.h"
 #include "standins/common/Text.h"
 
 namespace {
-
-// As in the Windows SDK's MAPI.h.
-struct MapiFileDescW {
-    ULONG ulReserved;
-    ULONG flFlags;
-    ULONG nPosition;
-    PWSTR lpszPathName;
-    PWSTR lpszFileName;
-    PVOID lpFileType;
-};
-
-struct MapiMessageW {
-    ULONG ulReserved;
-    PWSTR lpszSubject;
-    PWSTR lpszNoteText;
-    PWSTR lpszMessageType;
-    PWSTR lpszDateReceived;
-    PWSTR lpszConversationID;
-    ULONG flFlags;
-    PVOID lpOriginator;
-    ULONG nRecipCount;
-    PVOID lpRecips;
-    ULONG nFileCount;
-    MapiFileDescW* lpFiles;
-};
 
 std::wstring Text(PCWSTR text) { return text ? L"[" + std::wstring(text) + L"]" : L"null"; }
 

@@ -46,15 +46,6 @@ void Check(HRESULT result, const wchar_t* what) {
     if (FAILED(result)) throw std::runtime_error(Utf8(what + (L": " + HexText(result))));
 }
 
-// A VARIANT that borrows the object.
-VARIANT ObjectArgument(IDispatch* object) {
-    VARIANT argument;
-    VariantInit(&argument);
-    argument.vt = VT_DISPATCH;
-    argument.pdispVal = object;
-    return argument;
-}
-
 }  // namespace
 
 std::vector<std::wstring> FindStartupAddins(const std::wstring& host) {

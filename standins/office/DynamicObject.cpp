@@ -152,6 +152,14 @@ std::vector<std::wstring> LiveObjects::List() {
 
 ComPtr<DynamicObject<>> MakeObject(const std::wstring& name) { return Adopt(new DynamicObject<>(name)); }
 
+VARIANT ObjectArgument(IDispatch* object) {
+    VARIANT argument;
+    VariantInit(&argument);
+    argument.vt = VT_DISPATCH;
+    argument.pdispVal = object;
+    return argument;
+}
+
 HRESULT GiveText(VARIANT* result, const std::wstring& text) {
     result->vt = VT_BSTR;
     result->bstrVal = SysAllocStringLen(text.data(), static_cast<UINT>(text.size()));

@@ -130,6 +130,9 @@ private:
 // A plain object with these members to come.
 Microsoft::WRL::ComPtr<DynamicObject<>> MakeObject(const std::wstring& name);
 
+// An argument that borrows the object: no reference is added.
+VARIANT ObjectArgument(IDispatch* object);
+
 // Values for `result`; each answers S_OK.
 HRESULT GiveText(VARIANT* result, const std::wstring& text);
 HRESULT GiveNumber(VARIANT* result, LONG number);

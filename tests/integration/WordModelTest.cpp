@@ -20,7 +20,9 @@ constexpr char threePages[] = R"(<?xml version="1.0" encoding="UTF-8"?>
     xmlns:fo="urn:oasis:names:tc:opendocument:xmlns:xsl-fo-compatible:1.0"
     office:version="1.3" office:mimetype="application/vnd.oasis.opendocument.text">
  <office:automatic-styles>
-  <style:style style:name="P" style:family="paragraph"><style:paragraph-properties fo:break-before="page"/></style:style>
+  <style:style style:name="P" style:family="paragraph">
+   <style:paragraph-properties fo:break-before="page"/>
+  </style:style>
  </office:automatic-styles>
  <office:body><office:text>
   <text:p>first</text:p><text:p text:style-name="P">second</text:p><text:p text:style-name="P">third</text:p>

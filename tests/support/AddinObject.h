@@ -1,4 +1,4 @@
-// An add-in object that a test owns.
+// An add-in object that a test owns, and the state of one for tests that need no object.
 #pragma once
 
 #include "src/addin/OfficeAddin.h"
@@ -16,3 +16,10 @@ public:
 private:
     ZOfficeAddin* addin_;
 };
+
+inline AddinState StateOf(Host host, IDispatch* application) {
+    AddinState state;
+    state.host = host;
+    state.application = application;
+    return state;
+}

@@ -150,19 +150,3 @@ HRESULT ScriptedControl::Invoke(DISPID dispid, REFIID riid, LCID lcid, WORD flag
     result->bstrVal = idType == VT_BSTR ? SysAllocStringLen(id_.data(), static_cast<UINT>(id_.size())) : nullptr;
     return S_OK;
 }
-
-VARIANT ObjectArgument(IDispatch* object) {
-    VARIANT argument;
-    VariantInit(&argument);
-    argument.vt = VT_DISPATCH;
-    argument.pdispVal = object;
-    return argument;
-}
-
-VARIANT BoolArgument(VARIANT_BOOL value) {
-    VARIANT argument;
-    VariantInit(&argument);
-    argument.vt = VT_BOOL;
-    argument.boolVal = value;
-    return argument;
-}

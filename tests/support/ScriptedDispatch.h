@@ -10,6 +10,8 @@
 #include <string>
 #include <vector>
 
+#include "standins/office/DynamicObject.h"
+
 // A VARIANT as it stood in a call, copied deeply enough to be compared later.
 struct WireValue {
     VARTYPE type = VT_EMPTY;
@@ -119,7 +121,3 @@ private:
     std::wstring id_;
     ULONG references_ = 1;
 };
-
-// A VARIANT that borrows the object.
-VARIANT ObjectArgument(IDispatch* object);
-VARIANT BoolArgument(VARIANT_BOOL value);

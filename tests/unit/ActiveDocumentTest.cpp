@@ -5,18 +5,8 @@
 
 #include <stdexcept>
 
+#include "tests/support/AddinObject.h"
 #include "tests/support/ScriptedDispatch.h"
-
-namespace {
-
-AddinState StateOf(Host host, IDispatch* application) {
-    AddinState state;
-    state.host = host;
-    state.application = application;
-    return state;
-}
-
-}  // namespace
 
 TEST(ActiveDocument, EachHostHasItsProperty) {
     const struct {

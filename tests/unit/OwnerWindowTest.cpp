@@ -3,6 +3,7 @@
 
 #include <gtest/gtest.h>
 
+#include "tests/support/AddinObject.h"
 #include "tests/support/ScriptedDispatch.h"
 
 namespace {
@@ -28,13 +29,6 @@ public:
 private:
     HWND window_;
 };
-
-AddinState StateOf(Host host, IDispatch* application) {
-    AddinState state;
-    state.host = host;
-    state.application = application;
-    return state;
-}
 
 }  // namespace
 

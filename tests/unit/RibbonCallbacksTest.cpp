@@ -3,6 +3,7 @@
 
 #include <gtest/gtest.h>
 
+#include "src/automation/AutomationArgs.h"
 #include "standins/office/DialogRobot.h"
 #include "tests/support/AddinObject.h"
 #include "tests/support/ScriptedDispatch.h"
@@ -95,25 +96,25 @@ TEST_F(RibbonCallbacks, FreshObjectHasTheDefaults) {
 TEST_F(RibbonCallbacks, EachCheckBoxChangesItsOwnOptionOnly) {
     for (const wchar_t* changed : checkBoxes) {
         const bool before = IsChecked(changed);
-        EXPECT_EQ(Change(changed, BoolArgument(before ? VARIANT_FALSE : VARIANT_TRUE)), S_OK);
+        EXPECT_EQ(Change(changed, MakeVariantBool(before ? VARIANT_FALSE : VARIANT_TRUE)), S_OK);
         for (const wchar_t* id : checkBoxes) {
             const bool byDefault = wcscmp(id, L"CheckBox_ID_PDFA") != 0;
             EXPECT_EQ(IsChecked(id), id == changed ? !before : byDefault) << id;
         }
-        EXPECT_EQ(Change(changed, BoolArgument(before ? VARIANT_TRUE : VARIANT_FALSE)), S_OK);
+        EXPECT_EQ(Change(changed, MakeVariantBool(before ? VARIANT_TRUE : VARIANT_FALSE)), S_OK);
     }
 }
 
 TEST_F(RibbonCallbacks, ClearedBookmarksAreStoredAsZeroAndTickedOnesAsOne) {
-    Change(L"CheckBox_ID_CreateBookmarks", BoolArgument(VARIANT_FALSE));
+    Change(L"CheckBox_ID_CreateBookmarks", MakeVariantBool(VARIANT_FALSE));
     EXPECT_FALSE(IsChecked(L"CheckBox_ID_CreateBookmarks"));
     EXPECT_EQ(addin_->state.settings.createBookmarks, 0);
-    Change(L"CheckBox_ID_CreateBookmarks", BoolArgument(VARIANT_TRUE));
+    Change(L"CheckBox_ID_CreateBookmarks", MakeVariantBool(VARIANT_TRUE));
     EXPECT_EQ(addin_->state.settings.createBookmarks, 1);
 }
 
 TEST_F(RibbonCallbacks, StateOfOneIsNotCheckedBecauseTrueIsMinusOne) {
-    EXPECT_EQ(Change(L"CheckBox_ID_OpenAfterExport", BoolArgument(1)), S_OK);
+    EXPECT_EQ(Change(L"CheckBox_ID_OpenAfterExport", MakeVariantBool(1)), S_OK);
     EXPECT_FALSE(IsChecked(L"CheckBox_ID_OpenAfterExport"));
 }
 
@@ -134,8 +135,8 @@ TEST_F(RibbonCallbacks, StateOfAButtonIsFalseAndNotImplemented) {
 }
 
 TEST_F(RibbonCallbacks, ChangeOfSomethingElseIsNotImplemented) {
-    EXPECT_EQ(Change(L"BUTTON_ID_CREATE", BoolArgument(VARIANT_TRUE)), E_NOTIMPL);
-    EXPECT_EQ(Change(L"checkbox_id_pdfa", BoolArgument(VARIANT_TRUE)), E_NOTIMPL);
+    EXPECT_EQ(Change(L"BUTTON_ID_CREATE", MakeVariantBool(VARIANT_TRUE)), E_NOTIMPL);
+    EXPECT_EQ(Change(L"checkbox_id_pdfa", MakeVariantBool(VARIANT_TRUE)), E_NOTIMPL);
     EXPECT_FALSE(IsChecked(L"CheckBox_ID_PDFA"));
 }
 
@@ -154,10 +155,10 @@ TEST_F(RibbonCallbacks, ControlWithoutAReadableIdIsATypeMismatch) {
     VARIANT result = {};
     ScriptedControl control(L"BUTTON_ID_CREATE");
     control.idResult = E_FAIL;
-    for (const VARIANT& argument : {ObjectArgument(&control), ObjectArgument(nullptr), BoolArgument(VARIANT_TRUE)}) {
+    for (const VARIANT& argument : {ObjectArgument(&control), ObjectArgument(nullptr), MakeVariantBool(VARIANT_TRUE)}) {
         EXPECT_EQ(Invoke(1002, {argument}), DISP_E_TYPEMISMATCH);
         EXPECT_EQ(Invoke(1004, {argument}, &result), DISP_E_TYPEMISMATCH);
-        EXPECT_EQ(Invoke(1005, {BoolArgument(VARIANT_TRUE), argument}), DISP_E_TYPEMISMATCH);
+        EXPECT_EQ(Invoke(1005, {MakeVariantBool(VARIANT_TRUE), argument}), DISP_E_TYPEMISMATCH);
     }
     EXPECT_EQ(control.References(), 1U);
 }
