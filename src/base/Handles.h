@@ -6,6 +6,7 @@
 #include <wrl/client.h>
 
 #include <string>
+#include <utility>
 
 // An owned BSTR. Null when it was made from null or when the allocation failed.
 class Bstr {
@@ -42,6 +43,10 @@ public:
     RegistryKey() = default;
     RegistryKey(const RegistryKey&) = delete;
     RegistryKey& operator=(const RegistryKey&) = delete;
+    RegistryKey& operator=(RegistryKey&& other) noexcept {
+        std::swap(key_, other.key_);
+        return *this;
+    }
     ~RegistryKey() { Close(); }
 
     HKEY Get() const { return key_; }

@@ -46,23 +46,19 @@ RegistryWatcher::~RegistryWatcher() {
 
 bool RegistryWatcher::Start() {
     const ExclusiveLock lock(state_->lock);
-    if (state_->running || state_->thread.joinable()) return false;
+    if (state_->running || state_->thread.joinable() || !state_->stop.Get()) return false;
     const RegistryValueSpec& spec = state_->spec;
-    if (RegOpenKeyExW(spec.root, spec.subkey.c_str(), 0, KEY_READ, state_->key.Receive()) != ERROR_SUCCESS) {
-        return false;
-    }
+    RegistryKey key;
+    if (RegOpenKeyExW(spec.root, spec.subkey.c_str(), 0, KEY_READ, key.Receive()) != ERROR_SUCCESS) return false;
     ResetEvent(state_->stop.Get());
-    try {
-        state_->thread = std::thread([state = state_] {
-            Barrier([&]() -> HRESULT {
-                Watch(*state);
-                return S_OK;
-            });
+    // The thread waits for the lock and then finds the rest done.
+    state_->thread = std::thread([state = state_] {
+        Barrier([&]() -> HRESULT {
+            Watch(*state);
+            return S_OK;
         });
-    } catch (const std::system_error&) {
-        state_->key.Close();
-        throw;
-    }
+    });
+    state_->key = std::move(key);
     state_->running = true;
     return true;
 }

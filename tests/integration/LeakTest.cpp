@@ -12,6 +12,7 @@
 #include "src/export/Companion.h"
 #include "src/export/ExportToPdf.h"
 #include "src/export/OwnerWindow.h"
+#include "src/ui/RegistryWatcher.h"
 #include "src/ui/RibbonImages.h"
 #include "tests/support/CountedAllocations.h"
 #include "tests/support/OpenHandles.h"
@@ -284,4 +285,24 @@ TEST(Leaks, ReferenceTakenAndDroppedWhileTheObjectDiesDoesNotDeleteItAgain) {
         EXPECT_EQ(calls, 1);
     }
     EXPECT_EQ(liveBlocks, before);
+}
+
+TEST(Leaks, WatcherThatGetsNoThreadStaysStoppedWithItsKeyClosed) {
+    const DWORD number = 1;
+    RegSetKeyValueW(HKEY_CURRENT_USER, L"Software\\ZavoLeak", L"value", REG_DWORD, &number, sizeof number);
+    RegistryWatcher watcher({HKEY_CURRENT_USER, L"Software\\ZavoLeak", L"value", REG_DWORD}, [] {});
+    EXPECT_TRUE(watcher.Start());  // makes what is made once
+    watcher.Stop();
+    const long blocks = liveBlocks;
+    const size_t handles = OpenHandles();
+    for (int i = 0; i < 20; ++i) {
+        allocationsUntilFailure = 0;
+        EXPECT_THROW(watcher.Start(), std::bad_alloc);
+        allocationsUntilFailure = -1;
+    }
+    EXPECT_EQ(liveBlocks, blocks);
+    EXPECT_LT(OpenHandles(), handles + 20);
+    EXPECT_TRUE(watcher.Start());
+    watcher.Stop();
+    RegDeleteTreeW(HKEY_CURRENT_USER, L"Software\\ZavoLeak");
 }

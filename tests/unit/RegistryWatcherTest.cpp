@@ -187,6 +187,19 @@ TEST_F(Watcher, ThrowingCallbackDoesNotEndTheWatch) {
     EXPECT_TRUE(WaitForChanges(before + 1));
 }
 
+TEST_F(Watcher, ProcessWithManyWatchersEndsThemAll) {
+    std::vector<std::unique_ptr<RegistryWatcher>> watchers;
+    for (int i = 0; i < 20; ++i) watchers.push_back(std::make_unique<RegistryWatcher>(Spec(), Count()));
+    for (const auto& watcher : watchers) ASSERT_TRUE(watcher->Start());
+    Sleep(100);
+    Write(root, L"value", 4711);
+    EXPECT_TRUE(WaitForChanges(20));
+    watchers.clear();
+    Write(root, L"value", 4712);
+    Sleep(100);
+    EXPECT_EQ(changes_, 20);
+}
+
 TEST_F(Watcher, StartAndStopLeaveNoHandleBehind) {
     const auto round = [&] {
         RegistryWatcher watcher(Spec(), Count());
