@@ -4,7 +4,6 @@
 #include <algorithm>
 #include <iterator>
 #include <string_view>
-#include <utility>
 
 #include "src/addin/RibbonCallbacks.h"
 #include "src/addin/RibbonMarkup.h"
@@ -144,14 +143,16 @@ HRESULT ZOfficeAddin::OnConnection(IDispatch* application, ext_ConnectMode, IDis
 
 HRESULT ZOfficeAddin::OnDisconnection(ext_DisconnectMode, SAFEARRAY**) {
     return Barrier([&]() -> HRESULT {
-        // Out of the array first: stopping one may let the host call in here again.
-        std::vector<std::unique_ptr<RegistryWatcher>> stopping = std::move(watchers);
-        watchers.clear();
-        for (auto& watcher : stopping) watcher.reset();
+        StopWatchers();
         ribbon.Release();
         state.application.Reset();
         return S_OK;
     });
+}
+
+void ZOfficeAddin::StopWatchers() {
+    for (auto& watcher : watchers) watcher.reset();
+    watchers.clear();
 }
 
 HRESULT ZOfficeAddin::OnAddInsUpdate(SAFEARRAY**) { return S_OK; }
@@ -164,6 +165,7 @@ void ZOfficeAddin::Destroy() {
     // What is released in the destructor may call back and take and drop a reference: that must not delete again.
     constexpr ULONG dying = 1UL << 30;
     references_ = dying;
+    StopWatchers();  // they call the ribbon
     delete this;
 }
 

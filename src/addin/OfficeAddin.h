@@ -46,13 +46,15 @@ public:
 private:
     ~ZOfficeAddin() = default;
 
+    void StopWatchers();  // in the order in which they were started
+
     ULONG references_ = 1;
 
 public:
     AddinState state;
     StoredRibbon ribbon;
-    std::vector<std::unique_ptr<RegistryWatcher>> watchers;  // they call the ribbon, so they go before it
-    bool commandRunning = false;                             // a click that comes in meanwhile does nothing
+    std::vector<std::unique_ptr<RegistryWatcher>> watchers;
+    bool commandRunning = false;  // a click that comes in meanwhile does nothing
 };
 
 // Which host has this application: it is known by the collection that it offers.

@@ -57,10 +57,6 @@ private:
     bool entered_;
 };
 
-}  // namespace
-
-namespace {
-
 // A change of either theme makes the ribbon ask for its pictures again, and each request reads the themes afresh. Where
 // Office stores no theme its key is empty, and the values at the root itself are watched.
 void WatchThemes(ZOfficeAddin& addin) {

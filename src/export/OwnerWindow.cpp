@@ -3,7 +3,7 @@
 
 #include <string_view>
 
-#include "src/automation/AutomationCalls.h"
+#include "src/automation/HostWindow.h"
 
 namespace {
 
@@ -21,11 +21,6 @@ HWND GetOwnerWindow(const AddinState& addin) {
     switch (addin.host) {
         case HostOutlook: return ForegroundWindowOfClass(L"rctrl_renwnd32");
         case HostPowerPoint: return ForegroundWindowOfClass(L"PPTFrameClass");
-        default: {
-            const auto window = GetObjectProperty(addin.application.Get(), L"ActiveWindow");
-            if (!window) return nullptr;
-            const auto handle = GetNumberProperty(window.Get(), L"hwnd");
-            return handle ? reinterpret_cast<HWND>(static_cast<LONG_PTR>(*handle)) : nullptr;
-        }
+        default: return GetActiveWindowHandle(addin.application.Get());
     }
 }

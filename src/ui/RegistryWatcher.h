@@ -7,7 +7,8 @@
 #include "src/base/RegistryValues.h"
 
 // Watches the values of one key, not its subkeys, with a thread of its own. The callback runs on that thread, once for
-// every change, with no lock held.
+// every change, with no lock held. One caller at a time starts and stops it; between a Stop on its own thread and the
+// next one from elsewhere it does not start.
 class RegistryWatcher {
 public:
     RegistryWatcher(RegistryValueSpec spec, std::function<void()> changed);

@@ -8,6 +8,7 @@
 #include <string_view>
 
 #include "src/automation/AutomationCalls.h"
+#include "src/automation/HostWindow.h"
 #include "src/automation/RibbonControl.h"
 #include "src/base/ControlIds.h"
 #include "src/base/Module.h"
@@ -63,20 +64,12 @@ const RibbonImage* FindImage(std::wstring_view id, Named named) {
     return found == std::end(images) ? nullptr : found;
 }
 
-// The host's own window, by which small icons are scaled; null when any step fails.
-HWND ActiveWindowOf(IDispatch* application) {
-    const auto window = GetObjectProperty(application, L"ActiveWindow");
-    if (!window) return nullptr;
-    const auto handle = GetNumberProperty(window.Get(), L"hwnd");
-    return handle ? reinterpret_cast<HWND>(static_cast<LONG_PTR>(*handle)) : nullptr;
-}
-
 // A large icon is shared and never destroyed. A small one is made anew at each call and left to the process, on
 // purpose: the picture does not own it, and the host may keep the picture for as long as it likes.
 HICON LoadIconOf(const RibbonImage& image, const AddinState& addin) {
     const LPCWSTR resource = MAKEINTRESOURCEW(ResolveIconResourceId(image.number));
     if (image.size == Size::Large) return LoadIconW(moduleState.handle, resource);
-    const int size = ScaleForDpi(smallIconSize, ActiveWindowOf(addin.application.Get()));
+    const int size = ScaleForDpi(smallIconSize, GetActiveWindowHandle(addin.application.Get()));
     return static_cast<HICON>(LoadImageW(moduleState.handle, resource, IMAGE_ICON, size, size, 0));
 }
 

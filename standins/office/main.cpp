@@ -28,6 +28,7 @@ constexpr wchar_t usage[] =
     L"  --save-as FILE  what the save dialog is answered with; without it the proposed name stands\n"
     L"  --overwrite     an existing file may be replaced\n"
     L"  --cancel        the save dialog is cancelled\n"
+    L"  --theme N       sets Office's theme and waits until the add-in has the ribbon drawn afresh\n"
     L"  --markup        prints the ribbon's markup\n"
     L"  --ribbon        prints the ribbon as a list\n"
     L"Actions are done in the order given. Exit codes: 0 done, 1 failed, 2 wrong usage, 3 an object was not released.";
@@ -36,7 +37,7 @@ struct UsageError : std::runtime_error {
     using std::runtime_error::runtime_error;
 };
 
-enum class ActionKind { Tick, Untick, Click, Markup, Ribbon };
+enum class ActionKind { Tick, Untick, Click, Theme, Markup, Ribbon };
 
 struct Action {
     ActionKind kind;
@@ -50,8 +51,10 @@ struct Options {
 };
 
 Options ParseOptions(const std::vector<std::wstring>& arguments) {
-    const std::map<std::wstring, ActionKind> actionsWithId = {
-        {L"--tick", ActionKind::Tick}, {L"--untick", ActionKind::Untick}, {L"--click", ActionKind::Click}};
+    const std::map<std::wstring, ActionKind> actionsWithId = {{L"--tick", ActionKind::Tick},
+                                                              {L"--untick", ActionKind::Untick},
+                                                              {L"--click", ActionKind::Click},
+                                                              {L"--theme", ActionKind::Theme}};
     Options options;
     for (size_t i = 0; i < arguments.size(); ++i) {
         const std::wstring& argument = arguments[i];
@@ -122,12 +125,11 @@ void PrintElements(AddinSession& session, const std::vector<RibbonElement>& elem
     }
 }
 
-// Asks for the state and the picture of everything, as Office does before it draws a ribbon. A picture that is missing
-// leaves its place empty, as in Office.
+// Asks for the state and the picture of everything, as Office does before it draws a ribbon.
 void DrawElements(AddinSession& session, const std::vector<RibbonElement>& elements) {
     for (const RibbonElement& element : elements) {
         if (!element.getPressed.empty()) IsPressed(session, element);
-        if (!element.getImage.empty()) session.LoadImage(element);
+        if (!element.getImage.empty()) Expect(session.LoadImage(element).result, L"the picture of " + element.id);
         DrawElements(session, element.children);
     }
 }
@@ -138,6 +140,16 @@ const RibbonElement& ElementOf(const AddinSession& session, const Action& action
         throw std::runtime_error("the ribbon has no " + Utf8(kind) + " " + Utf8(action.id));
     }
     return *element;
+}
+
+void ChangeTheme(AddinSession& session, DWORD theme) {
+    const LONG before = session.Invalidations();
+    RegSetKeyValueW(HKEY_CURRENT_USER, L"Software\\Microsoft\\Office\\16.0\\Common", L"UI Theme", REG_DWORD, &theme,
+                    sizeof theme);
+    for (int waited = 0; waited < 2000 && session.Invalidations() == before; waited += 10) Sleep(10);
+    if (session.Invalidations() == before) throw std::runtime_error("the add-in did not notice the theme");
+    DrawElements(session, session.GetRibbon().tabs);
+    PrintLine(L"theme " + std::to_wstring(theme) + L": the ribbon was drawn afresh");
 }
 
 void Do(AddinSession& session, const Action& action, const SaveAnswer& saveAnswer) {
@@ -160,6 +172,7 @@ void Do(AddinSession& session, const Action& action, const SaveAnswer& saveAnswe
             }
             break;
         }
+        case ActionKind::Theme: ChangeTheme(session, wcstoul(action.id.c_str(), nullptr, 10)); break;
         case ActionKind::Markup: PrintLine(session.Markup()); break;
         case ActionKind::Ribbon: PrintElements(session, session.GetRibbon().tabs, L""); break;
     }

@@ -58,6 +58,10 @@ class PowerPoint(HostTest):
         self.create_pdf("--overwrite", "--tick", "CheckBox_ID_PDFA")
         self.assertTrue(pdf_is_pdfa(self.pdf))
 
+    def test_CreateAndSendHandsThePdfToTheMailProgram(self):
+        self.host("--click", "BUTTON_ID_CREATE_AND_SHARE")
+        self.assertIn(f" path=[{windows_path(self.pdf)}] name=[report] ", self.mails()[0])
+
     def test_RibbonHasThreeCheckBoxes(self):
         out = self.host("--ribbon")
         boxes = [line.split()[-1] for line in out.splitlines() if line.strip().startswith("checkBox")]

@@ -175,6 +175,15 @@ class Ribbon(HostTest):
                         self.assertNotEqual(value, "")
 
 
+    def test_ChangedThemeHasTheRibbonDrawnAfresh(self):
+        common = r"HKCU\Software\Microsoft\Office\16.0\Common"
+        reg("add", common, "/v", "UI Theme", "/t", "REG_DWORD", "/d", "0", "/f")
+        self.addCleanup(reg, "delete", common, "/v", "UI Theme", "/f")
+        out = self.host("--theme", "4", "--theme", "5")
+        self.assertIn("theme 4: the ribbon was drawn afresh\n", out)
+        self.assertIn("theme 5: the ribbon was drawn afresh\n", out)
+
+
 class Companion(HostTest):
     def test_ArgumentThatIsNoFileGetsAClearMessage(self):
         from support import wine

@@ -13,9 +13,10 @@ public:
     ScriptedRibbon(const ScriptedRibbon&) = delete;
     ScriptedRibbon& operator=(const ScriptedRibbon&) = delete;
 
-    HRESULT queryResult = S_OK;       // what a query for IRibbonUI answers
-    bool queryGivesNull = false;      // whether a successful one gives null
-    std::function<void()> onRelease;  // runs at every release
+    HRESULT queryResult = S_OK;          // what a query for IRibbonUI answers
+    bool queryGivesNull = false;         // whether a successful one gives null
+    std::function<void()> onRelease;     // runs at every release
+    std::function<void()> onInvalidate;  // runs within every call
     std::atomic<int> invalidations = 0;
     std::atomic<DWORD> invalidatingThread = 0;
 
@@ -25,7 +26,7 @@ public:
         if (FAILED(queryResult) || queryGivesNull) return queryResult;
         *ppv = static_cast<IRibbonUI*>(this);
         AddRef();
-        return S_OK;
+        return queryResult;
     }
     ULONG STDMETHODCALLTYPE AddRef() override { return InterlockedIncrement(&references_); }
     ULONG STDMETHODCALLTYPE Release() override {
@@ -42,6 +43,7 @@ public:
     HRESULT STDMETHODCALLTYPE Invalidate() override {
         ++invalidations;
         invalidatingThread = GetCurrentThreadId();
+        if (onInvalidate) onInvalidate();
         return S_OK;
     }
     HRESULT STDMETHODCALLTYPE InvalidateControl(BSTR) override { return S_OK; }

@@ -82,19 +82,21 @@ TEST_F(CreatePdfCommand, MissingCompanionExportsAndOpensNothing) {
     EXPECT_EQ(robot.Seen().size(), 1U);  // the save dialog and no message
 }
 
-TEST_F(CreatePdfCommand, FailedExportOpensNothingAndSaysNothing) {
+TEST_F(CreatePdfCommand, FailedExportOpensSendsAndSaysNothing) {
     ScriptedDispatch failing;
     failing.GiveText(L"FullName", folder_.Path(L"Plan.docx"));
     failing.Fail(L"ExportAsFixedFormat", DISP_E_EXCEPTION);
     ScriptedDispatch application;
     application.GiveObject(L"ActiveDocument", &failing);
     state_.application = &application;
-    {
+    SetEnvironmentVariableW(L"ZAVO_MAIL_LOG", folder_.Path(L"mail.log").c_str());
+    for (const bool sendAfter : {false, true}) {
         const DialogRobot robot({});
-        CreatePdf(state_, false);
+        CreatePdf(state_, sendAfter);
         EXPECT_EQ(failing.Invoked().back(), L"ExportAsFixedFormat");
         EXPECT_FALSE(companion_.WasStarted());
         EXPECT_EQ(robot.Seen().size(), 1U);
+        EXPECT_EQ(ReadFileText(folder_.Path(L"mail.log")), "");
     }
     state_.application.Reset();
     EXPECT_EQ(failing.References(), 1U);

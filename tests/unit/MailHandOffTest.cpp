@@ -118,3 +118,26 @@ TEST_F(MailHandOff, InputDuringTheSecondCallIsConsumedWithoutEffect) {
     EXPECT_EQ(received, 0);
     DestroyWindow(window);
 }
+
+TEST_F(MailHandOff, InputIsRemovedEightMessagesAtATime) {
+    // Never shown: a visible window's paint messages would count too.
+    const HWND window =
+        CreateWindowW(L"STATIC", L"", WS_OVERLAPPEDWINDOW, 0, 0, 9, 9, nullptr, nullptr, nullptr, nullptr);
+    MSG msg;
+    for (int i = 0; i < 100 && PeekMessageW(&msg, nullptr, 0, 0, PM_REMOVE); ++i) {
+    }
+    SetEnvironmentVariableW(L"ZAVO_MAIL_DELAY", L"300");
+    std::thread typist([&] {
+        while (Calls().size() < 2) Sleep(10);
+        Sleep(100);
+        PostMessageW(window, WM_KEYDOWN, 'A', 0);
+    });
+    for (int i = 0; i < 20; ++i) PostMessageW(window, WM_KEYDOWN, 'A', 0);
+    SendFileByMail(window, L"C:\\Out\\a.pdf");
+    typist.join();
+    // The twenty wake the wait once and the one once more: sixteen are gone.
+    int left = 0;
+    while (PeekMessageW(&msg, window, WM_KEYDOWN, WM_KEYDOWN, PM_REMOVE)) ++left;
+    EXPECT_EQ(left, 5);
+    DestroyWindow(window);
+}

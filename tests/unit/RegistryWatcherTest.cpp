@@ -68,6 +68,8 @@ TEST_F(Watcher, SubkeysDoNotCall) {
     WriteUntilSeen();
     const int before = changes_;
     Write(L"Software\\ZavoWatched\\below", L"value", 2);
+    Write(L"Software\\ZavoWatched\\another", L"value", 3);
+    RegDeleteTreeW(HKEY_CURRENT_USER, L"Software\\ZavoWatched\\another");
     Sleep(200);
     EXPECT_EQ(changes_, before);
 }
@@ -127,17 +129,41 @@ TEST_F(Watcher, EmptySubkeyWatchesTheRootsOwnValues) {
 }
 
 TEST_F(Watcher, DeletedKeyEndsTheThreadAndStopStillWorks) {
-    RegistryWatcher watcher(Spec(), Count());
+    // Deleted while the callback runs, so that the next watch finds the key gone.
+    RegistryWatcher watcher(Spec(), [&] {
+        ++changes_;
+        RegDeleteTreeW(HKEY_CURRENT_USER, root);
+    });
     ASSERT_TRUE(watcher.Start());
-    WriteUntilSeen();
-    RegDeleteTreeW(HKEY_CURRENT_USER, root);
+    for (DWORD i = 1; i < 100 && changes_ == 0; ++i) {
+        HKEY key = nullptr;
+        if (RegOpenKeyExW(HKEY_CURRENT_USER, root, 0, KEY_WRITE, &key) == ERROR_SUCCESS) {
+            RegSetValueExW(key, L"value", 0, REG_DWORD, reinterpret_cast<const BYTE*>(&i), sizeof i);
+            RegCloseKey(key);
+        }
+        Sleep(20);
+    }
+    ASSERT_EQ(changes_, 1);
     FILETIME created, ended, kernel, before, after;
     Sleep(100);
     GetProcessTimes(GetCurrentProcess(), &created, &ended, &kernel, &before);
-    Sleep(300);
+    const ULONGLONG kernelBefore = kernel.dwLowDateTime;
+    Sleep(500);
     GetProcessTimes(GetCurrentProcess(), &created, &ended, &kernel, &after);
-    EXPECT_LT(after.dwLowDateTime - before.dwLowDateTime, 1000000U) << "a thread spins";
+    const ULONGLONG used = (after.dwLowDateTime - before.dwLowDateTime) + (kernel.dwLowDateTime - kernelBefore);
+    EXPECT_LT(used, 500000U) << "a thread spins: " << used / 10000 << " ms of 500";
     watcher.Stop();
+}
+
+TEST_F(Watcher, StoppedWatcherHoldsNoKey) {
+    std::vector<std::unique_ptr<RegistryWatcher>> watchers;
+    for (int i = 0; i < 30; ++i) watchers.push_back(std::make_unique<RegistryWatcher>(Spec(), Count()));
+    const size_t before = OpenHandles();
+    for (const auto& watcher : watchers) ASSERT_TRUE(watcher->Start());
+    EXPECT_GE(OpenHandles(), before + 30);
+    for (const auto& watcher : watchers) watcher->Stop();
+    Sleep(50);
+    EXPECT_LT(OpenHandles(), before + 30);
 }
 
 TEST_F(Watcher, StopOnItsOwnThreadThrowsAndLeavesItStoppable) {

@@ -155,14 +155,29 @@ TEST_F(RibbonImages, SmallIconIsScaledForTheHostsWindow) {
     ScriptedDispatch application;
     application.GiveObject(L"ActiveWindow", &window);
     addin_.application = &application;
-    OwnedVariant picture;
-    ASSERT_EQ(LoadControl(L"Button_ID_OpenFromMail", &picture), S_OK);
-    EXPECT_EQ(PixelsOf(IconOf(picture)).width, 16);  // whatever the screen has
-    EXPECT_EQ(window.Invoked(), std::vector<std::wstring>{L"hwnd"});
+    for (const Host host : {HostWord, HostExcel, HostPowerPoint, HostOutlook, HostUnknown}) {
+        addin_.host = host;
+        window.invocations.clear();
+        OwnedVariant picture;
+        ASSERT_EQ(LoadControl(L"Button_ID_OpenFromMail", &picture), S_OK);
+        EXPECT_EQ(PixelsOf(IconOf(picture)).width, 16) << host;  // whatever the screen has
+        EXPECT_EQ(window.Invoked(), std::vector<std::wstring>{L"hwnd"}) << host;
+    }
     addin_.application.Reset();
     EXPECT_EQ(application.References(), 1U);
     EXPECT_EQ(window.References(), 1U);
     DestroyWindow(unaware);
+}
+
+TEST_F(RibbonImages, EverySmallRequestMakesAnIconAndLargeOnesShareOne) {
+    OwnedVariant first, second;
+    ASSERT_EQ(LoadControl(L"Button_ID_OpenFromMail", &first), S_OK);
+    ASSERT_EQ(LoadControl(L"Button_ID_OpenFromMail", &second), S_OK);
+    EXPECT_NE(IconOf(first), IconOf(second));
+    OwnedVariant third, fourth;
+    ASSERT_EQ(LoadControl(L"Menu_ID_Open", &third), S_OK);
+    ASSERT_EQ(LoadControl(L"Menu_ID_Open", &fourth), S_OK);
+    EXPECT_EQ(IconOf(third), IconOf(fourth));
 }
 
 TEST_F(RibbonImages, LargeIconAsksTheHostForNothing) {
@@ -226,8 +241,10 @@ TEST_F(RibbonImages, MissingArgumentsAreInvalid) {
 TEST_F(RibbonImages, IconThatCannotBeLoadedIsNotFound) {
     moduleState.handle = GetModuleHandleW(L"kernel32.dll");  // which has no such icons
     VARIANT result = {};
+    result.vt = 0xBEEF;
     EXPECT_EQ(LoadControl(L"BUTTON_ID_CREATE", &result), DISP_E_MEMBERNOTFOUND);
     EXPECT_EQ(LoadControl(L"Button_ID_OpenFromMail", &result), DISP_E_MEMBERNOTFOUND);
+    EXPECT_EQ(result.vt, 0xBEEF);
 }
 
 TEST_F(RibbonImages, PictureOutlivesTheRequestAndItsIconThePicture) {

@@ -29,6 +29,19 @@ TEST(ScreenScale, WindowThatIsUnawareOfScalingCountsAsNinetySix) {
     EXPECT_EQ(ScaleForDpi(16, window.Get()), 16);
 }
 
+TEST(ScreenScale, WithoutAWindowThatUnderTheCursorDecides) {
+    const auto before = SetThreadDpiAwarenessContext(DPI_AWARENESS_CONTEXT_UNAWARE);
+    const HWND unaware = CreateWindowExW(WS_EX_TOPMOST, L"STATIC", L"", WS_POPUP | WS_VISIBLE | SS_NOTIFY, 0, 0, 400,
+                                         400, nullptr, nullptr, nullptr, nullptr);
+    SetThreadDpiAwarenessContext(before);
+    SetCursorPos(100, 100);
+    POINT cursor = {};
+    GetCursorPos(&cursor);
+    ASSERT_EQ(WindowFromPoint(cursor), unaware);
+    EXPECT_EQ(ScaleForDpi(16, nullptr), 16);
+    DestroyWindow(unaware);
+}
+
 TEST(ScreenScale, WithoutAWindowTheScreenDecides) { EXPECT_EQ(ScaleForDpi(16, nullptr), 16 * ScreenDpi() / 96); }
 
 TEST(ScreenScale, WindowThatIsGoneLeavesItToTheSystem) {

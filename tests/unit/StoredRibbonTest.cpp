@@ -44,6 +44,31 @@ TEST(StoredRibbon, IsInvalidatedOnlyWhileItIsHeld) {
     EXPECT_EQ(ribbon.References(), 1U);
 }
 
+TEST(StoredRibbon, RibbonThatIsReleasedDuringACallLivesUntilTheCallEnds) {
+    ScriptedRibbon ribbon;
+    StoredRibbon stored;
+    stored.Store(&ribbon);
+    ribbon.onInvalidate = [&] {
+        stored.Release();
+        EXPECT_EQ(ribbon.References(), 2U);  // the test's and the call's
+    };
+    stored.Invalidate();
+    EXPECT_EQ(ribbon.References(), 1U);
+}
+
+TEST(StoredRibbon, RibbonIsReleasedWithoutTheLock) {
+    ScriptedRibbon first;
+    ScriptedRibbon second;
+    StoredRibbon stored;
+    stored.Store(&first);
+    first.onRelease = [&] { stored.Invalidate(); };  // hangs if the lock is held
+    stored.Store(&second);
+    EXPECT_EQ(second.invalidations, 1);
+    second.onRelease = [&] { stored.Invalidate(); };
+    stored.Release();
+    first.onRelease = second.onRelease = nullptr;
+}
+
 TEST(StoredRibbon, IsReleasedWithItsHolder) {
     ScriptedRibbon ribbon;
     {

@@ -59,12 +59,18 @@ TEST_F(Theme, NewestVersionThatStoresAThemeDecides) {
 }
 
 TEST_F(Theme, KeyThatHeldTheThemeIsRemembered) {
-    EXPECT_EQ(OfficeCommonKeyPath(), L"");
+    EXPECT_EQ(OfficeCommonKeyPath(), L"");  // every test is a process of its own
     ThemeKeys::SetOffice(L"15.0", 3);
     GetOfficeUiTheme();
     EXPECT_EQ(OfficeCommonKeyPath(), L"Software\\Microsoft\\Office\\15.0\\Common");
     ThemeKeys::Clear();
     EXPECT_EQ(GetOfficeUiTheme(), -1);
+    EXPECT_EQ(OfficeCommonKeyPath(), L"Software\\Microsoft\\Office\\15.0\\Common");
+}
+
+TEST_F(Theme, KeyOfASystemSettingIsRememberedToo) {
+    ThemeKeys::SetOffice(L"15.0", 6);
+    GetOfficeUiTheme();
     EXPECT_EQ(OfficeCommonKeyPath(), L"Software\\Microsoft\\Office\\15.0\\Common");
 }
 

@@ -78,14 +78,52 @@ TEST_F(ThemeWatch, OfficeKeyOfTheVersionThatStoresAThemeIsWatched) {
     EXPECT_TRUE(ChangeIsSeen(ribbon, [](DWORD value) { ThemeKeys::SetOffice(L"15.0", value); }));
 }
 
+TEST_F(ThemeWatch, SystemSettingIsWatchedWhereItIsStored) {
+    ThemeKeys::Clear();
+    ThemeKeys::SetOffice(L"15.0", 6);
+    const AddinObject addin;
+    ScriptedRibbon ribbon;
+    LoadRibbon(addin, &ribbon);
+    EXPECT_TRUE(ChangeIsSeen(ribbon, [](DWORD value) { ThemeKeys::SetOffice(L"15.0", value); }));
+}
+
+TEST_F(ThemeWatch, RibbonLoadAnswersWhatTheQueryAnswered) {
+    const AddinObject addin;
+    ScriptedRibbon ribbon;
+    ribbon.queryResult = S_FALSE;
+    EXPECT_EQ(LoadRibbon(addin, &ribbon), S_FALSE);
+    EXPECT_EQ(addin->watchers.size(), 2U);
+    addin->OnDisconnection(ext_dm_HostShutdown, nullptr);
+    EXPECT_EQ(ribbon.References(), 1U);
+}
+
+TEST_F(ThemeWatch, DisconnectionStopsTheWatchersThenReleasesTheRibbonThenTheApplication) {
+    const AddinObject addin;
+    ScriptedDispatch application;
+    ScriptedRibbon ribbon;
+    addin->state.application = &application;
+    LoadRibbon(addin, &ribbon);
+    int released = 0;
+    ribbon.onRelease = [&] {
+        ++released;
+        EXPECT_TRUE(addin->watchers.empty());
+        EXPECT_EQ(application.References(), 2U);
+    };
+    addin->OnDisconnection(ext_dm_HostShutdown, nullptr);
+    EXPECT_EQ(released, 1);
+    EXPECT_EQ(application.References(), 1U);
+}
+
 TEST_F(ThemeWatch, FailedRibbonLoadWatchesNothing) {
     const AddinObject addin;
     ScriptedRibbon ribbon;
     ribbon.queryResult = E_FAIL;
     EXPECT_EQ(LoadRibbon(addin, &ribbon), E_FAIL);
-    ribbon.queryResult = S_OK;
     ribbon.queryGivesNull = true;
-    EXPECT_EQ(LoadRibbon(addin, &ribbon), S_OK);
+    for (const HRESULT result : {S_OK, S_FALSE}) {
+        ribbon.queryResult = result;
+        EXPECT_EQ(LoadRibbon(addin, &ribbon), result);
+    }
     EXPECT_TRUE(addin->watchers.empty());
 }
 
