@@ -107,10 +107,10 @@ private:
     Document() = default;
     void Load();
     void ReadStructure();
-    void ReadTable(Lexer& lexer);
+    void ReadTable(Lexer& lexer, std::vector<std::uint32_t>& freed);
     Dict ReadSection(std::uint64_t offset, bool newest);
     Dict ReadStreamSection(std::uint64_t offset);
-    void SetEntry(std::uint64_t number, const Entry& entry);
+    bool SetEntry(std::uint64_t number, const Entry& entry);
     void CheckPlaces();
     const ObjectStream& LoadObjectStream(std::uint32_t number);
 
@@ -130,6 +130,7 @@ private:
     Reference root_;
     Sections sections_;
     std::unordered_map<std::uint32_t, std::unique_ptr<ObjectStream>> objectStreams_;
+    std::size_t unpacked_ = 0;  // bytes in objectStreams_
 };
 
 }  // namespace zavo::pdf

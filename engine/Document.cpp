@@ -1,0 +1,451 @@
+// A PDF opened for reading.
+#include "engine/Document.h"
+
+#include <algorithm>
+#include <cstring>
+#include <unordered_set>
+
+#include "engine/Deflate.h"
+#include "engine/Normalise.h"
+
+namespace zavo::pdf {
+
+namespace {
+
+constexpr std::string_view nullText = "null";
+constexpr std::size_t decodeLimit = std::size_t{256} << 20;  // one object or cross-reference stream, unpacked
+constexpr std::size_t cacheLimit = std::size_t{1} << 30;     // all object streams of a document, unpacked
+constexpr std::uint64_t numberLimit = 8388608;               // object numbers end below it (ISO 32000-1, annex C)
+constexpr int hopLimit = 64;                                 // references to references
+
+std::uint64_t Digits(const char* text, std::size_t count) {
+    std::uint64_t value = 0;
+    for (std::size_t i = 0; i < count; ++i) {
+        if (!IsDigit(text[i])) throw PdfError("a cross-reference entry is damaged");
+        value = value * 10 + static_cast<std::uint64_t>(text[i] - '0');
+    }
+    return value;
+}
+
+// Takes "12 0 obj".
+bool TakeHeader(Lexer& lexer, Reference& reference) {
+    const std::optional<std::int64_t> number = ParseInteger(lexer.Next().text);
+    const std::optional<std::int64_t> generation = ParseInteger(lexer.Next().text);
+    if (!number || !generation || *number < 0 || *number >= static_cast<std::int64_t>(numberLimit) ||
+        *generation < 0 || *generation > 65535) {
+        return false;
+    }
+    reference = {static_cast<std::uint32_t>(*number), static_cast<std::uint32_t>(*generation)};
+    lexer.SkipBlanks();
+    if (!lexer.Bytes().substr(lexer.Position()).starts_with("obj")) return false;
+    lexer.MoveTo(lexer.Position() + 3);
+    return true;
+}
+
+}  // namespace
+
+Document::~Document() = default;
+
+std::unique_ptr<Document> Document::Open(const std::filesystem::path& path, std::string_view password) {
+    std::unique_ptr<Document> document(new Document);
+    document->path_ = path;
+    document->password_ = password;
+    document->file_ = std::make_unique<InputFile>(path);
+    document->size_ = document->file_->Size();
+    document->Load();
+    return document;
+}
+
+std::unique_ptr<Document> Document::FromBytes(std::string bytes, std::string_view password) {
+    std::unique_ptr<Document> document(new Document);
+    document->password_ = password;
+    document->size_ = bytes.size();
+    document->own_ = std::move(bytes);
+    document->Load();
+    return document;
+}
+
+void Document::Load() {
+    try {
+        ReadStructure();
+        if (!trailer_.Has("Encrypt")) return;
+    } catch (const PdfError&) {
+        // Repair says what is wrong where it cannot help.
+    }
+    Repair();
+}
+
+void Document::Repair() {
+    if (normalised_) throw PdfError("the file is damaged beyond repair");
+    std::string repaired = Normalise(Bytes(), password_);
+    ReleaseBytes();
+    own_ = std::move(repaired);
+    normalised_ = true;
+    ReadStructure();
+}
+
+std::string_view Document::Bytes() {
+    if (normalised_ || !file_) return own_;
+    if (!loaded_) {
+        buffer_ = file_->ReadAll();
+        loaded_ = true;
+    }
+    return buffer_.View();
+}
+
+void Document::ReleaseBytes() {
+    objectStreams_.clear();
+    unpacked_ = 0;
+    buffer_ = Buffer();
+    loaded_ = false;
+}
+
+void Document::CloseFile() {
+    ReleaseBytes();
+    file_.reset();
+}
+
+bool Document::EqualAt(std::uint64_t offset, std::string_view other) {
+    if (normalised_ || !file_ || loaded_) {
+        const std::string_view bytes = Bytes();
+        return offset <= bytes.size() && bytes.substr(offset, other.size()) == other;
+    }
+    char piece[16384];
+    while (!other.empty()) {
+        const std::size_t count = std::min(other.size(), sizeof piece);
+        file_->ReadAt(offset, piece, count);
+        if (std::memcmp(piece, other.data(), count) != 0) return false;
+        offset += count;
+        other.remove_prefix(count);
+    }
+    return true;
+}
+
+std::uint32_t Document::Generation(std::uint32_t number) const {
+    return Exists(number) && entries_[number].kind == Kind::Plain ? entries_[number].detail : 0;
+}
+
+// --- Cross-reference sections ----------------------------------------------------------------------------------------
+
+void Document::ReadStructure() {
+    entries_.clear();
+    objectStreams_.clear();
+    unpacked_ = 0;
+    trailer_ = Dict();
+    root_ = {};
+    rootText_.clear();
+    sections_ = {};
+
+    const std::string_view bytes = Bytes();
+    if (!bytes.starts_with("%PDF-")) throw PdfError("this is not a PDF");
+    const std::size_t mark = bytes.rfind("startxref");
+    if (mark == std::string_view::npos || mark + 4096 < bytes.size()) throw PdfError("the file's end is missing");
+    Lexer lexer(bytes, mark + 9);
+    const std::optional<std::int64_t> start = ParseInteger(lexer.Next().text);
+    if (!start || *start < 0) throw PdfError("the cross-reference section is not found");
+
+    std::unordered_set<std::uint64_t> seen;
+    sections_.newest = static_cast<std::uint64_t>(*start);
+    for (std::uint64_t offset = sections_.newest;;) {
+        if (!seen.insert(offset).second) throw PdfError("the cross-reference sections go in circles");
+        const Dict trailer = ReadSection(offset, sections_.count == 0);
+        ++sections_.count;
+        if (rootText_.empty()) {
+            if (const std::optional<Reference> root = ParseReference(trailer.Find("Root"))) {
+                root_ = *root;
+                rootText_ = trailer.Find("Root");
+            }
+        }
+        const std::string_view previous = trailer.Find("Prev");
+        if (previous.empty()) break;
+        const std::optional<std::int64_t> place = ParseInteger(previous);
+        if (!place || *place < 0) throw PdfError("the cross-reference section is not found");
+        offset = static_cast<std::uint64_t>(*place);
+    }
+    CheckPlaces();
+    if (trailer_.Has("Encrypt")) return;  // nothing can be read as it stands
+    const Dict pages = ResolveDict(Catalog().Find("Pages"));
+    if (!pages.Has("Kids")) throw PdfError("the file has no pages");
+}
+
+Dict Document::ReadSection(std::uint64_t offset, bool newest) {
+    const std::string_view bytes = Bytes();
+    if (offset >= bytes.size()) throw PdfError("the cross-reference section is not found");
+    Lexer lexer(bytes, offset);
+    Dict trailer;
+    bool isStream = false;
+    if (lexer.Next().text == "xref") {
+        std::vector<std::uint32_t> freed;
+        ReadTable(lexer, freed);
+        trailer = Dict(TakeValue(lexer));
+        if (const std::string_view hybrid = trailer.Find("XRefStm"); !hybrid.empty()) {
+            // The table calls free what only the stream knows.
+            const std::optional<std::int64_t> place = ParseInteger(hybrid);
+            if (!place || *place < 0) throw PdfError("the cross-reference section is not found");
+            for (const std::uint32_t number : freed) entries_[number].kind = Kind::Unset;
+            ReadStreamSection(static_cast<std::uint64_t>(*place));
+            for (const std::uint32_t number : freed) {
+                if (entries_[number].kind == Kind::Unset) entries_[number].kind = Kind::Free;
+            }
+            ++sections_.count;
+        }
+    } else {
+        trailer = ReadStreamSection(offset);
+        isStream = true;
+    }
+    if (newest) {
+        sections_.isStream = isStream;
+        const std::optional<std::int64_t> size = ParseInteger(trailer.Find("Size"));
+        if (!size || *size < 0 || *size > static_cast<std::int64_t>(numberLimit)) {
+            throw PdfError("the cross-reference section is damaged");
+        }
+        sections_.size = static_cast<std::uint32_t>(*size);
+        // The text is kept, because the file's bytes may be released.
+        trailerText_ = "<<";
+        for (const Dict::Entry& entry : trailer.Entries()) {
+            trailerText_.append(entry.key).append(" ").append(entry.value).append("\n");
+        }
+        trailerText_ += ">>";
+        trailer_ = Dict(trailerText_);
+    }
+    return trailer;
+}
+
+// `freed` gets the numbers that this table and no newer section calls free.
+void Document::ReadTable(Lexer& lexer, std::vector<std::uint32_t>& freed) {
+    constexpr std::size_t entrySize = 20;
+    const std::string_view bytes = lexer.Bytes();
+    for (;;) {
+        const Token token = lexer.Next();
+        if (token.text == "trailer") return;
+        const std::optional<std::int64_t> start = ParseInteger(token.text);
+        const std::optional<std::int64_t> count = ParseInteger(lexer.Next().text);
+        lexer.SkipBlanks();
+        const std::size_t position = lexer.Position();
+        if (!start || !count || *start < 0 || *count < 0 ||
+            static_cast<std::uint64_t>(*count) > (bytes.size() - position) / entrySize) {
+            throw PdfError("the cross-reference table is damaged");
+        }
+        for (std::int64_t i = 0; i < *count; ++i) {
+            const char* const text = bytes.data() + position + static_cast<std::size_t>(i) * entrySize;
+            const std::uint64_t place = Digits(text, 10);
+            const auto generation = static_cast<std::uint32_t>(Digits(text + 11, 5));
+            const char use = text[17];
+            if (text[10] != ' ' || text[16] != ' ' || (use != 'n' && use != 'f')) {
+                throw PdfError("the cross-reference table is damaged");
+            }
+            // Nothing can be at the file's very start: some writers mark unused numbers so.
+            const Kind kind = use == 'n' && place != 0 ? Kind::Plain : Kind::Free;
+            const auto number = static_cast<std::uint64_t>(*start) + static_cast<std::uint64_t>(i);
+            if (SetEntry(number, {place, generation, kind}) && kind == Kind::Free) {
+                freed.push_back(static_cast<std::uint32_t>(number));
+            }
+        }
+        lexer.MoveTo(position + static_cast<std::size_t>(*count) * entrySize);
+    }
+}
+
+Dict Document::ReadStreamSection(std::uint64_t offset) {
+    const std::string_view bytes = Bytes();
+    if (offset >= bytes.size()) throw PdfError("the cross-reference section is not found");
+    Lexer lexer(bytes, offset);
+    Reference own;
+    if (!TakeHeader(lexer, own)) throw PdfError("the cross-reference section is not found");
+    Object object = {TakeValue(lexer), {}, true};
+    Dict trailer(object.value);
+    const std::optional<std::string_view> stream = TakeStream(lexer, trailer);
+    if (!stream || !IsName(trailer.Find("Type"), "XRef")) throw PdfError("the cross-reference stream is damaged");
+    object.stream = *stream;
+    const std::string table = Decode(object, decodeLimit);
+
+    std::uint64_t widths[3];
+    const std::vector<std::string_view> widthItems = ArrayItems(trailer.Find("W"));
+    if (widthItems.size() != 3) throw PdfError("the cross-reference stream is damaged");
+    for (std::size_t i = 0; i < 3; ++i) {
+        const std::optional<std::int64_t> width = ParseInteger(widthItems[i]);
+        if (!width || *width < 0 || *width > 8) throw PdfError("the cross-reference stream is damaged");
+        widths[i] = static_cast<std::uint64_t>(*width);
+    }
+    const std::uint64_t entrySize = widths[0] + widths[1] + widths[2];
+    if (entrySize == 0) throw PdfError("the cross-reference stream is damaged");
+
+    std::vector<std::string_view> index = ArrayItems(trailer.Find("Index"));
+    if (index.empty()) index = {"0", trailer.Find("Size")};
+    std::size_t position = 0;
+    for (std::size_t part = 0; part + 1 < index.size(); part += 2) {
+        const std::optional<std::int64_t> start = ParseInteger(index[part]);
+        const std::optional<std::int64_t> count = ParseInteger(index[part + 1]);
+        if (!start || !count || *start < 0 || *count < 0) throw PdfError("the cross-reference stream is damaged");
+        for (std::int64_t i = 0; i < *count && position + entrySize <= table.size(); ++i) {
+            std::uint64_t fields[3] = {1, 0, 0};  // a type that is left out is 1
+            for (std::size_t field = 0; field < 3; ++field) {
+                if (widths[field] == 0) continue;
+                std::uint64_t value = 0;
+                for (std::uint64_t k = 0; k < widths[field]; ++k) {
+                    value = (value << 8) | static_cast<unsigned char>(table[position++]);
+                }
+                fields[field] = value;
+            }
+            Entry entry{fields[1], static_cast<std::uint32_t>(fields[2]), Kind::Free};
+            if (fields[0] == 1 && fields[1] != 0) entry.kind = Kind::Plain;
+            if (fields[0] == 2) entry.kind = Kind::InStream;
+            SetEntry(static_cast<std::uint64_t>(*start) + static_cast<std::uint64_t>(i), entry);
+        }
+    }
+    return trailer;
+}
+
+// The first section that names an object is the newest; false where one has done so.
+bool Document::SetEntry(std::uint64_t number, const Entry& entry) {
+    // A number far beyond what the file has room for would only cost memory.
+    if (number >= numberLimit || number > 1024 + 16 * size_) throw PdfError("an object number is out of range");
+    if (number >= entries_.size()) entries_.resize(number + 1);
+    if (entries_[number].kind != Kind::Unset) return false;
+    entries_[number] = entry;
+    return true;
+}
+
+// Makes sure that every object is where it should be: what is not makes this a file to repair.
+void Document::CheckPlaces() {
+    const std::string_view bytes = Bytes();
+    for (std::uint32_t number = 0; number < entries_.size(); ++number) {
+        if (entries_[number].kind != Kind::Plain) continue;
+        Reference found;
+        Lexer lexer(bytes, std::min<std::uint64_t>(entries_[number].place, bytes.size()));
+        if (!TakeHeader(lexer, found) || found.number != number) throw PdfError("an object is not where it should be");
+    }
+}
+
+// --- Objects ---------------------------------------------------------------------------------------------------------
+
+Document::Place Document::Locate(std::uint32_t number) {
+    if (!Exists(number)) return {nullText, false};
+    const Entry& entry = entries_[number];
+    if (entry.kind == Kind::Plain) {
+        const std::string_view bytes = Bytes();
+        Lexer lexer(bytes, std::min<std::uint64_t>(entry.place, bytes.size()));
+        Reference found;
+        if (!TakeHeader(lexer, found) || found.number != number) throw PdfError("an object is not where it should be");
+        return {bytes.substr(lexer.Position()), true};
+    }
+    if (entry.place >= numberLimit) throw PdfError("an object stream is missing");
+    const ObjectStream& stream = LoadObjectStream(static_cast<std::uint32_t>(entry.place));
+    if (entry.detail < stream.objects.size() && stream.objects[entry.detail].first == number) {
+        return {std::string_view(stream.bytes).substr(stream.objects[entry.detail].second), false};
+    }
+    throw PdfError("an object stream is damaged");
+}
+
+const Document::ObjectStream& Document::LoadObjectStream(std::uint32_t number) {
+    if (const auto known = objectStreams_.find(number); known != objectStreams_.end()) {
+        // A null place means that the stream is just being read: its own length cannot be inside an object stream.
+        if (!known->second) throw PdfError("object streams go in circles");
+        return *known->second;
+    }
+    if (!Exists(number) || entries_[number].kind != Kind::Plain) throw PdfError("an object stream is missing");
+    objectStreams_[number] = nullptr;
+    const Object object = Read(number);
+    const Dict dictionary(object.value);
+    const std::optional<std::int64_t> count = ResolveInteger(dictionary.Find("N"));
+    const std::optional<std::int64_t> first = ResolveInteger(dictionary.Find("First"));
+    if (!object.isStream || !count || !first || *count < 0 || *first < 0) {
+        throw PdfError("an object stream is damaged");
+    }
+    auto stream = std::make_unique<ObjectStream>();
+    stream->bytes = Decode(object, decodeLimit);
+    unpacked_ += stream->bytes.size();
+    if (unpacked_ > cacheLimit) throw PdfError("the object streams are too large");
+    if (static_cast<std::uint64_t>(*first) > stream->bytes.size()) throw PdfError("an object stream is damaged");
+    Lexer lexer(std::string_view(stream->bytes).substr(0, static_cast<std::size_t>(*first)));
+    for (std::int64_t i = 0; i < *count; ++i) {
+        const std::optional<std::int64_t> own = ParseInteger(lexer.Next().text);
+        const std::optional<std::int64_t> offset = ParseInteger(lexer.Next().text);
+        if (!own || !offset || *own < 0 || *own >= static_cast<std::int64_t>(numberLimit) || *offset < 0 ||
+            *offset > static_cast<std::int64_t>(stream->bytes.size()) - *first) {
+            throw PdfError("an object stream is damaged");
+        }
+        stream->objects.emplace_back(static_cast<std::uint32_t>(*own), static_cast<std::uint32_t>(*first + *offset));
+    }
+    std::unique_ptr<ObjectStream>& place = objectStreams_[number];
+    place = std::move(stream);
+    return *place;
+}
+
+Document::Object Document::Read(std::uint32_t number) {
+    const Place place = Locate(number);
+    Lexer lexer(place.text);
+    Object object = {TakeValue(lexer), {}, false};
+    if (place.mayBeStream && object.value.starts_with("<<")) {
+        if (const std::optional<std::string_view> stream = TakeStream(lexer, Dict(object.value))) {
+            object.stream = *stream;
+            object.isStream = true;
+        }
+    }
+    return object;
+}
+
+std::optional<std::string_view> Document::TakeStream(Lexer& lexer, const Dict& dictionary) {
+    const std::size_t begin = lexer.Position();
+    if (lexer.Next().text != "stream") return std::nullopt;
+    lexer.MoveTo(begin);
+    return TakeStream(lexer, dictionary.Find("Length"));
+}
+
+std::optional<std::string_view> Document::TakeStream(Lexer& lexer, std::string_view lengthValue) {
+    if (lexer.Next().text != "stream") return std::nullopt;
+    const std::string_view bytes = lexer.Bytes();
+    std::size_t begin = lexer.Position();
+    if (begin < bytes.size() && bytes[begin] == '\r') ++begin;
+    if (begin < bytes.size() && bytes[begin] == '\n') ++begin;
+    const std::optional<std::int64_t> length = ResolveInteger(lengthValue);
+    if (!length || *length < 0 || static_cast<std::uint64_t>(*length) > bytes.size() - begin) {
+        throw PdfError("a stream's length is wrong");
+    }
+    const auto count = static_cast<std::size_t>(*length);
+    std::size_t end = begin + count;
+    while (end < bytes.size() && IsWhite(bytes[end])) ++end;
+    if (!bytes.substr(end).starts_with("endstream")) throw PdfError("a stream's length is wrong");
+    lexer.MoveTo(end + 9);
+    return bytes.substr(begin, count);
+}
+
+std::string_view Document::Resolve(std::string_view value) {
+    for (int hop = 0; hop < hopLimit; ++hop) {
+        const std::optional<Reference> reference = ParseReference(value);
+        if (!reference) return value;
+        Lexer lexer(Locate(reference->number).text);
+        value = TakeValue(lexer);
+    }
+    return nullText;
+}
+
+std::string Document::Decode(const Object& stream, std::size_t limit) {
+    const Dict dictionary(stream.value);
+    std::string_view filter = Resolve(dictionary.Find("Filter"));
+    std::string_view parameters = Resolve(dictionary.Find("DecodeParms"));
+    if (const std::vector<std::string_view> filters = ArrayItems(filter); !filters.empty()) {
+        if (filters.size() > 1) throw PdfError("a stream has several filters");
+        filter = Resolve(filters[0]);
+        const std::vector<std::string_view> all = ArrayItems(parameters);
+        if (!all.empty()) parameters = Resolve(all[0]);
+    } else if (filter.starts_with("[")) {
+        filter = {};
+    }
+    if (filter.empty() || filter == nullText) {
+        if (stream.stream.size() > limit) throw PdfError("a stream is too large");
+        return std::string(stream.stream);
+    }
+    if (!IsName(filter, "FlateDecode") && !IsName(filter, "Fl")) throw PdfError("a stream has an unexpected filter");
+    std::string bytes = Inflate(stream.stream, limit);
+    const Dict settings(parameters);
+    const auto number = [&](std::string_view name, std::int64_t otherwise) {
+        const std::int64_t value = ResolveInteger(settings.Find(name)).value_or(otherwise);
+        if (value < 0 || value > 1 << 20) throw PdfError("a stream's predictor is damaged");
+        return static_cast<int>(value);
+    };
+    const int predictor = number("Predictor", 1);
+    if (predictor <= 1) return bytes;
+    return UndoPredictor(bytes, predictor, number("Colors", 1), number("BitsPerComponent", 8), number("Columns", 1));
+}
+
+}  // namespace zavo::pdf
