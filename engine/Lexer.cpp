@@ -358,6 +358,22 @@ std::string DecodeName(std::string_view token) {
     return name;
 }
 
+std::string EncodeName(std::string_view name) {
+    constexpr char digits[] = "0123456789ABCDEF";
+    std::string token = "/";
+    for (const char c : name) {
+        if (IsRegular(c) && c > ' ' && c < 0x7F && c != '#') {
+            token += c;
+        } else {
+            const auto code = static_cast<unsigned char>(c);
+            token += '#';
+            token += digits[code >> 4];
+            token += digits[code & 15];
+        }
+    }
+    return token;
+}
+
 bool IsString(std::string_view token) {
     return token.size() >= 2 && (token[0] == '(' || (token[0] == '<' && token[1] != '<'));
 }

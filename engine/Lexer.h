@@ -121,6 +121,7 @@ std::vector<std::string_view> ArrayItems(std::string_view text);
 // Whether a name token, which may have "#xx" escapes, is `name` (without "/").
 bool IsName(std::string_view token, std::string_view name);
 std::string DecodeName(std::string_view token);  // without "/"
+std::string EncodeName(std::string_view name);    // with "/"
 
 // The bytes of a string token, literal or hexadecimal; empty for any other value.
 std::string DecodeString(std::string_view token);
