@@ -1,0 +1,143 @@
+// The form of a merged file.
+#include "engine/merge/Forms.h"
+
+namespace zavo::pdf {
+
+void MergedForms::Prepare(ObjectCopier& copier, const Dict& catalog) {
+    Document& document = copier.Source();
+    oldFields_.clear();
+    oldOrder_.clear();
+    const Dict form = document.ResolveDict(catalog.Find("AcroForm"));
+    oldFields_ = ArrayItems(document.Resolve(form.Find("Fields")));
+    if (oldFields_.empty()) return;
+    oldOrder_ = ArrayItems(document.Resolve(form.Find("CO")));
+    needsAppearances_ = needsAppearances_ || document.Resolve(form.Find("NeedAppearances")) == "true";
+    TakeResources(copier, form.Find("DR"));
+
+    // The first input's defaults become the file's; fields of others take theirs along.
+    inherited_.clear();
+    const auto inherit = [&](const char* key, std::string& ours) {
+        std::string own = copier.Rewrite("<<" + std::string(key) + " " +
+                                         std::string(document.Resolve(form.Find(std::string_view(key).substr(1)))) +
+                                         ">>");
+        own = own.substr(2, own.size() - 4);
+        if (fields_.empty()) ours = own;
+        if (own == ours) return false;
+        inherited_ += own;
+        return true;
+    };
+    inheritsAppearance_ = form.Has("DA") && inherit("/DA", defaultAppearance_);
+    inheritsAlignment_ = form.Has("Q") && inherit("/Q", alignment_);
+    WalkFields(copier);
+}
+
+void MergedForms::TakeResources(ObjectCopier& copier, std::string_view resources) {
+    Document& document = copier.Source();
+    const Dict categories = document.ResolveDict(resources);
+    for (const Dict::Entry& category : categories.Entries()) {
+        const std::string categoryName = DecodeName(category.key);
+        const std::string_view members = document.Resolve(category.value);
+        if (!members.starts_with("<<")) {
+            otherResources_.emplace(categoryName, copier.Rewrite(category.value));
+            continue;
+        }
+        std::map<std::string, std::string>& ours = resources_[categoryName];
+        const Dict membersDict(members);
+        for (const Dict::Entry& member : membersDict.Entries()) {
+            const std::string name = DecodeName(member.key);
+            // The key tells the copier that this is a resource, so that equal ones get one number.
+            std::string value = copier.Rewrite("<<" + std::string(category.key) + "<</X " +
+                                               std::string(member.value) + ">>>>");
+            value = value.substr(value.find("/X ") + 3);
+            value.resize(value.size() - 4);
+            const auto [known, isNew] = ours.emplace(name, value);
+            if (isNew || known->second == value || categoryName != "Font") continue;
+            std::string other = name;
+            for (unsigned number = 2;; ++number) {
+                other = name + "_" + std::to_string(number);
+                const auto [taken, isFree] = ours.emplace(other, value);
+                if (isFree || taken->second == value) break;
+            }
+            copier.fonts[name] = other;
+        }
+    }
+}
+
+void MergedForms::WalkFields(ObjectCopier& copier) {
+    struct Waiting {
+        std::string_view value;
+        bool isTop;
+        bool isSignature;
+    };
+    Document& document = copier.Source();
+    std::unordered_set<std::uint32_t> seen;
+    std::vector<Waiting> waiting;
+    for (const std::string_view field : oldFields_) waiting.push_back({field, true, false});
+    while (!waiting.empty()) {
+        const Waiting next = waiting.back();
+        waiting.pop_back();
+        const std::optional<Reference> reference = ParseReference(next.value);
+        if (!reference || !seen.insert(reference->number).second) continue;
+        const Dict field = document.ResolveDict(next.value);
+        const bool isSignature =
+            field.Has("FT") ? IsName(document.Resolve(field.Find("FT")), "Sig") : next.isSignature;
+        if (isSignature && field.Has("V")) copier.EditOf(reference->number).removed.push_back("V");
+        if (next.isTop) {
+            RenameField(copier, reference->number, field);
+            DictEdit& edit = copier.EditOf(reference->number);
+            if ((inheritsAppearance_ && !field.Has("DA")) || (inheritsAlignment_ && !field.Has("Q"))) {
+                const Dict inherited("<<" + inherited_ + ">>");
+                if (!field.Has("DA") && inherited.Has("DA")) edit.added += "/DA " + std::string(inherited.Find("DA"));
+                if (!field.Has("Q") && inherited.Has("Q")) edit.added += "/Q " + std::string(inherited.Find("Q"));
+            }
+        }
+        for (const std::string_view kid : ArrayItems(document.Resolve(field.Find("Kids")))) {
+            waiting.push_back({kid, false, isSignature});
+        }
+    }
+}
+
+// Fields of one name would share one value.
+void MergedForms::RenameField(ObjectCopier& copier, std::uint32_t old, const Dict& field) {
+    const std::string_view token = copier.Source().Resolve(field.Find("T"));
+    if (!IsString(token)) return;
+    const std::string name = TextToUtf8(DecodeString(token));
+    if (names_.insert(name).second) return;
+    std::string other;
+    for (unsigned number = 1;; ++number) {
+        other = name + "+" + std::to_string(number);
+        if (names_.insert(other).second) break;
+    }
+    DictEdit& edit = copier.EditOf(old);
+    edit.removed.push_back("T");
+    edit.added += "/T" + EncodeString(Utf8ToText(other));
+}
+
+void MergedForms::Copy(ObjectCopier& copier) {
+    const auto append = [&copier](std::string& list, const std::vector<std::string_view>& items) {
+        for (const std::string_view item : items) {
+            const std::string value = copier.Rewrite(item);
+            if (value != "null") list += value + " ";
+        }
+    };
+    append(fields_, oldFields_);
+    append(order_, oldOrder_);
+}
+
+std::string MergedForms::Finish(ObjectWriter& writer) {
+    if (fields_.empty()) return {};
+    std::string form = "<</Fields[" + fields_ + "]" + defaultAppearance_ + alignment_;
+    if (!order_.empty()) form += "/CO[" + order_ + "]";
+    if (needsAppearances_) form += "/NeedAppearances true";
+    std::string resources;
+    for (const auto& [category, members] : resources_) {
+        resources += EncodeName(category) + "<<";
+        for (const auto& [name, value] : members) resources += EncodeName(name) + " " + value;
+        resources += ">>";
+    }
+    for (const auto& [category, value] : otherResources_) resources += EncodeName(category) + " " + value;
+    if (!resources.empty()) form += "/DR<<" + resources + ">>";
+    return "/AcroForm " + ReferenceTo(writer.Add(form + ">>"));
+}
+
+}  // namespace zavo::pdf

@@ -1,0 +1,128 @@
+// The structure tree of a merged file.
+#include "engine/merge/Tags.h"
+
+namespace zavo::pdf {
+
+namespace {
+
+// A name like `name` that is not in `names`.
+template <typename Names>
+std::string FreeName(const Names& names, const std::string& name) {
+    for (unsigned number = 2;; ++number) {
+        std::string candidate = name + "_" + std::to_string(number);
+        if (!names.contains(candidate)) return candidate;
+    }
+}
+
+}  // namespace
+
+MergedTags::MergedTags(ObjectWriter& writer) : root_(writer.Allocate()) {}
+
+void MergedTags::Prepare(ObjectCopier& copier, const Dict& catalog) {
+    Document& document = copier.Source();
+    oldElements_ = {};
+    oldParents_.clear();
+    oldIdentifiers_.clear();
+    const std::string_view rootValue = catalog.Find("StructTreeRoot");
+    const Dict root = document.ResolveDict(rootValue);
+    oldElements_ = root.Find("K");
+    oldNamespaces_ = ArrayItems(document.Resolve(root.Find("Namespaces")));
+    if (oldElements_.empty()) return;
+    if (const std::optional<Reference> reference = ParseReference(rootValue)) copier.Map(reference->number, root_);
+    const Dict markInfo = document.ResolveDict(catalog.Find("MarkInfo"));
+    isMarked_ = isMarked_ || document.Resolve(markInfo.Find("Marked")) == "true";
+
+    if (root.Has("ParentTree")) {
+        VisitNumberTree(document, root.Find("ParentTree"),
+                        [this](std::int64_t key, std::string_view value) { oldParents_.emplace(key, value); });
+    }
+    copier.firstStructureKey = nextKey_;
+    for (const auto& [key, value] : oldParents_) copier.structureKeys.push_back(key);
+    nextKey_ += static_cast<std::int64_t>(oldParents_.size());
+
+    if (root.Has("IDTree")) {
+        VisitNameTree(document, root.Find("IDTree"), [&](std::string_view token, std::string_view value) {
+            const std::string name = DecodeString(token);
+            std::string free = identifiers_.TakeFreeName(
+                name, [](const std::string& taken, unsigned number) { return taken + "#" + std::to_string(number); });
+            if (free != name) copier.elementIds.emplace(name, free);
+            oldIdentifiers_.emplace_back(std::move(free), value);
+        });
+    }
+    PrepareRoles(copier, document.ResolveDict(root.Find("RoleMap")));
+    PrepareClasses(copier, document.ResolveDict(root.Find("ClassMap")));
+}
+
+// A role that means something else in an input before gets another name.
+void MergedTags::PrepareRoles(ObjectCopier& copier, const Dict& roles) {
+    Document& document = copier.Source();
+    std::map<std::string, std::string> own;
+    for (const Dict::Entry& entry : roles.Entries()) {
+        own.emplace(DecodeName(entry.key), DecodeName(document.Resolve(entry.value)));
+    }
+    for (const auto& [name, target] : own) {
+        const auto known = roles_.find(name);
+        if (known != roles_.end() && known->second != target) {
+            std::string free = FreeName(roles_, name);
+            while (own.contains(free)) free = FreeName(roles_, free);
+            copier.roles.emplace(name, std::move(free));
+        }
+    }
+    const auto renamed = [&copier](const std::string& name) {
+        const auto other = copier.roles.find(name);
+        return other == copier.roles.end() ? name : other->second;
+    };
+    for (const auto& [name, target] : own) roles_.emplace(renamed(name), renamed(target));
+}
+
+void MergedTags::PrepareClasses(ObjectCopier& copier, const Dict& classes) {
+    for (const Dict::Entry& entry : classes.Entries()) {
+        const std::string name = DecodeName(entry.key);
+        std::string value = copier.Rewrite(entry.value);
+        const auto [known, isNew] = classes_.emplace(name, value);
+        if (isNew || known->second == value) continue;
+        std::string free = FreeName(classes_, name);
+        while (classes.Has(free)) free = FreeName(classes_, free);
+        classes_.emplace(free, std::move(value));
+        copier.classes.emplace(name, std::move(free));
+    }
+}
+
+void MergedTags::Copy(ObjectCopier& copier) {
+    if (oldElements_.empty()) return;
+    Document& document = copier.Source();
+    const std::string_view resolved = document.Resolve(oldElements_);
+    if (resolved.starts_with("[")) {
+        for (const std::string_view item : ArrayItems(resolved)) elements_ += copier.Rewrite(item) + " ";
+    } else {
+        elements_ += copier.Rewrite(oldElements_) + " ";
+    }
+    std::int64_t key = copier.firstStructureKey;
+    for (const auto& [old, value] : oldParents_) parents_.Add(copier.Writer(), key++, copier.Rewrite(value));
+    for (const auto& [name, value] : oldIdentifiers_) identifiers_.Add(name, copier.Rewrite(value));
+    for (const std::string_view item : oldNamespaces_) namespaces_ += copier.Rewrite(item) + " ";
+}
+
+std::string MergedTags::Finish(ObjectWriter& writer) {
+    if (elements_.empty()) return {};
+    std::string root = "<</Type/StructTreeRoot/K[" + elements_ + "]";
+    if (!parents_.Empty()) {
+        root += "/ParentTree " + ReferenceTo(parents_.Write(writer)) + "/ParentTreeNextKey " + std::to_string(nextKey_);
+    }
+    if (!identifiers_.Empty()) root += "/IDTree " + ReferenceTo(identifiers_.Write(writer));
+    if (!namespaces_.empty()) root += "/Namespaces[" + namespaces_ + "]";
+    if (!roles_.empty()) {
+        root += "/RoleMap<<";
+        for (const auto& [name, target] : roles_) root += EncodeName(name) + EncodeName(target);
+        root += ">>";
+    }
+    if (!classes_.empty()) {
+        root += "/ClassMap<<";
+        for (const auto& [name, value] : classes_) root += EncodeName(name) + " " + value;
+        root += ">>";
+    }
+    writer.WriteValue(root_, root + ">>");
+    return "/StructTreeRoot " + ReferenceTo(root_) + (isMarked_ ? "/MarkInfo<</Marked true>>" : "");
+}
+
+}  // namespace zavo::pdf
