@@ -35,7 +35,7 @@ bool PDF_CloseDocument(PdfDocument document);
 // Writes the document to `path`, which may be the one that it was loaded from.
 bool PDF_Save(PdfDocument document, const wchar_t* path);
 
-// Adds an embedded-file entry named `fileName`. Null on failure.
+// Adds an embedded-file entry named `fileName`. Null on failure. An entry that has got no content is not saved.
 PdfAttachment PDFDoc_NewAttachment(PdfDocument document, const wchar_t* fileName, const wchar_t* description);
 
 // Sets the entry's content; `bytes` belongs to the caller and is not needed after the call.

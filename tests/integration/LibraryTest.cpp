@@ -16,7 +16,7 @@ TEST(Library, LoadingStartsComAndTheEngineAndUnloadingLeavesComFirst) {
     const TemporaryFolder folder;
     SetEnvironmentVariableW(L"ZAVO_ENGINE_LOG", folder.Path(L"engine.log").c_str());
     {
-        const LoadedLibrary library;
+        const LoadedLibrary library(RecordedLibraryPath());
         ASSERT_NE(library.Get(), nullptr) << GetLastError();
         EXPECT_EQ(ReadFileText(folder.Path(L"engine.log")), "PDF_InitLibrary(null) COM is up\n");
     }

@@ -17,10 +17,18 @@ inline std::wstring LibraryPath() {
     return build / L"bin" / L"zavoofficeaddin.dll";
 }
 
+// A copy of it beside an engine that writes its calls to the file that ZAVO_ENGINE_LOG names.
+inline std::wstring RecordedLibraryPath() {
+    wchar_t self[MAX_PATH];
+    GetModuleFileNameW(nullptr, self, MAX_PATH);
+    return std::filesystem::path(self).parent_path() / L"recorded" / L"zavoofficeaddin.dll";
+}
+
 // The library, loaded as COM loads it: the engine beside it is found.
 class LoadedLibrary {
 public:
-    LoadedLibrary() : module_(LoadLibraryExW(LibraryPath().c_str(), nullptr, LOAD_WITH_ALTERED_SEARCH_PATH)) {}
+    explicit LoadedLibrary(const std::wstring& path = LibraryPath())
+        : module_(LoadLibraryExW(path.c_str(), nullptr, LOAD_WITH_ALTERED_SEARCH_PATH)) {}
     LoadedLibrary(const LoadedLibrary&) = delete;
     LoadedLibrary& operator=(const LoadedLibrary&) = delete;
     ~LoadedLibrary() {
