@@ -31,6 +31,8 @@ private:
         MergeOptions options;
     };
 
+    static std::vector<Input> RepairDamaged(const std::vector<Input>& inputs, const std::vector<bool>& isDamaged);
+
     std::vector<Input> inputs_;
 };
 

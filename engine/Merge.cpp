@@ -1,0 +1,182 @@
+// Puts several PDFs one behind the other into a new one.
+#include "engine/Merge.h"
+
+#include <algorithm>
+
+#include "engine/ObjectCopier.h"
+#include "engine/ObjectWriter.h"
+#include "engine/merge/Forms.h"
+#include "engine/merge/Layers.h"
+#include "engine/merge/Names.h"
+#include "engine/merge/Outlines.h"
+#include "engine/merge/Pages.h"
+#include "engine/merge/Tags.h"
+
+namespace zavo::pdf {
+
+namespace {
+
+// What the merged file's catalog takes from its first input.
+constexpr std::string_view firstInputsEntries[] = {"AA",       "Lang",       "Metadata",  "OpenAction",
+                                                   "PageMode", "PageLayout", "PieceInfo", "OutputIntents",
+                                                   "URI",      "Extensions", "ViewerPreferences"};
+// Catalog entries that are lists, of which the merged file has all inputs' items.
+constexpr std::string_view lists[] = {"AF", "Threads"};
+
+// The version that the file's header or its catalog says, as in "1.7".
+std::string VersionOf(Document& document) {
+    std::string_view version = document.Bytes().substr(5, 3);
+    const Dict catalog = document.Catalog();
+    const std::string_view newer = catalog.Find("Version");
+    if (newer.size() == 4 && newer.substr(1) > version) version = newer.substr(1);
+    const bool isVersion = version.size() == 3 && IsDigit(version[0]) && version[1] == '.' && IsDigit(version[2]);
+    return isVersion ? std::string(version) : "1.7";
+}
+
+// One pass over all inputs into one file.
+class MergePass {
+public:
+    MergePass(ReplacementFile& file, std::string_view version)
+        : writer_(file, version), catalog_(writer_.Allocate()), pages_(writer_), outlines_(writer_), tags_(writer_) {}
+
+    // Throws PdfError where the document is damaged; then the pass goes on, but its file is of no use.
+    void Add(Document& document, const MergeOptions& options, bool isLastWithBookmarks) {
+        ObjectCopier copier(document, writer_, shared_);
+        const Dict catalog = document.Catalog();
+        copier.Map(document.Root().number, catalog_);
+        pages_.Prepare(copier, catalog);
+        if (options.keepBookmarks) outlines_.Prepare(copier, catalog, isLastWithBookmarks);
+        names_.Prepare(copier, catalog);
+        tags_.Prepare(copier, catalog);
+        if (options.keepFormFields) forms_.Prepare(copier, catalog);
+
+        if (isFirst_) CopyFirstInputsEntries(copier, catalog);
+        isFirst_ = false;
+        pages_.Copy(copier);
+        if (options.keepBookmarks) {
+            const std::string fileName = Utf8FromPath(document.Path().stem());
+            outlines_.Copy(copier, options.title.empty() ? fileName : options.title, pages_.FirstPageDestination());
+        }
+        names_.Copy(copier);
+        if (options.keepFormFields) forms_.Copy(copier);
+        tags_.Copy(copier);
+        layers_.Copy(copier, catalog);
+        for (std::size_t i = 0; i < std::size(lists); ++i) {
+            for (const std::string_view item : ArrayItems(document.Resolve(catalog.Find(lists[i])))) {
+                lists_[i] += copier.Rewrite(item) + " ";
+            }
+        }
+        copier.Run();
+    }
+
+    void Finish() {
+        std::string catalog = "<</Type/Catalog" + pages_.Finish(writer_);
+        const std::string outlines = outlines_.Finish(writer_);
+        catalog += outlines + names_.Finish(writer_) + forms_.Finish(writer_) + tags_.Finish(writer_) +
+                   layers_.Finish() + firstInput_;
+        for (std::size_t i = 0; i < std::size(lists); ++i) {
+            if (!lists_[i].empty()) catalog.append("/").append(lists[i]).append("[").append(lists_[i]) += ']';
+        }
+        // A merged file is walked by its bookmarks, unless its first input says otherwise.
+        if (!hasPageMode_ && !outlines.empty()) catalog += "/PageMode/UseOutlines";
+        writer_.WriteValue(catalog_, catalog + ">>");
+        writer_.Finish("/Root " + ReferenceTo(catalog_) + information_);
+    }
+
+private:
+    void CopyFirstInputsEntries(ObjectCopier& copier, const Dict& catalog) {
+        for (const std::string_view key : firstInputsEntries) {
+            const std::string_view value = catalog.Find(key);
+            if (value.empty()) continue;
+            firstInput_.append("/").append(key).append(" ").append(copier.Rewrite(value));
+        }
+        hasPageMode_ = catalog.Has("PageMode");
+        const std::string_view information = copier.Source().Trailer().Find("Info");
+        if (ParseReference(information)) {
+            const std::string reference = copier.Rewrite(information);
+            if (reference != "null") information_ = "/Info " + reference;
+        }
+    }
+
+    ObjectWriter writer_;
+    SharedResources shared_;
+    std::uint32_t catalog_;
+    MergedPages pages_;
+    MergedOutlines outlines_;
+    MergedNames names_;
+    MergedForms forms_;
+    MergedTags tags_;
+    MergedLayers layers_;
+    std::string lists_[std::size(lists)];
+    std::string firstInput_;
+    bool hasPageMode_ = false;
+    std::string information_;
+    bool isFirst_ = true;
+};
+
+}  // namespace
+
+void Merger::Add(std::shared_ptr<Document> document, const MergeOptions& options) {
+    inputs_.push_back({std::move(document), options});
+}
+
+// The inputs without those that are damaged and cannot be repaired, or were repaired before.
+std::vector<Merger::Input> Merger::RepairDamaged(const std::vector<Input>& inputs, const std::vector<bool>& isDamaged) {
+    std::vector<bool> wasPlain;  // asked first: one document may be there twice
+    for (const Input& input : inputs) wasPlain.push_back(input.document->IsPlain());
+    std::vector<Input> readable;
+    for (std::size_t i = 0; i < inputs.size(); ++i) {
+        if (isDamaged[i]) {
+            if (!wasPlain[i]) continue;
+            try {
+                if (inputs[i].document->IsPlain()) inputs[i].document->Repair();
+            } catch (const PdfError&) {
+                continue;
+            }
+        }
+        readable.push_back(inputs[i]);
+    }
+    return readable;
+}
+
+void Merger::Save(const std::filesystem::path& path) {
+    std::vector<Input> inputs = inputs_;
+    // A pass that meets damage goes on, to find all of it at once; then the damaged inputs are repaired and the next
+    // pass starts. What is damaged even so is left out.
+    for (;;) {
+        std::string version = "1.5";  // object streams need it
+        std::erase_if(inputs, [&version](const Input& input) {
+            try {
+                version = std::max(version, VersionOf(*input.document));
+                input.document->ReleaseBytes();
+                return false;
+            } catch (const PdfError&) {
+                return true;
+            }
+        });
+        if (inputs.empty()) throw PdfError("there is nothing to merge");
+        const auto last = std::find_if(inputs.rbegin(), inputs.rend(),
+                                       [](const Input& input) { return input.options.keepBookmarks; });
+
+        ReplacementFile file(path);
+        MergePass pass(file, version);
+        std::vector<bool> isDamaged(inputs.size());
+        for (std::size_t i = 0; i < inputs.size(); ++i) {
+            try {
+                pass.Add(*inputs[i].document, inputs[i].options,
+                         last != inputs.rend() && &inputs[i] == &*last);
+            } catch (const PdfError&) {
+                isDamaged[i] = true;
+            }
+            inputs[i].document->ReleaseBytes();
+        }
+        if (std::find(isDamaged.begin(), isDamaged.end(), true) == isDamaged.end()) {
+            pass.Finish();
+            file.Commit();
+            return;
+        }
+        inputs = RepairDamaged(inputs, isDamaged);
+    }
+}
+
+}  // namespace zavo::pdf
