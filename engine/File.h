@@ -51,15 +51,16 @@ public:
     void CopyTo(const Sink& sink) const;  // in pieces of at most 1 MiB
 
 private:
-    std::intptr_t handle_;
+    std::filesystem::path path_;
     std::uint64_t size_ = 0;
+    std::intptr_t handle_;
 };
 
 // A file that takes the place of `target` once it is complete. Until then it is written in the same folder under a name
 // of its own; unless Commit succeeded that file is gone in the end and the target is as it was.
 class ReplacementFile {
 public:
-    explicit ReplacementFile(std::filesystem::path target);  // throws FileError
+    explicit ReplacementFile(const std::filesystem::path& target);  // throws FileError
     ReplacementFile(const ReplacementFile&) = delete;
     ReplacementFile& operator=(const ReplacementFile&) = delete;
     ~ReplacementFile();
@@ -74,6 +75,7 @@ private:
     void FlushBuffer();
 
     std::filesystem::path target_;
+    bool targetExisted_;
     std::filesystem::path temporary_;
     std::intptr_t handle_;
     std::uint64_t position_ = 0;

@@ -252,6 +252,10 @@ std::optional<Reference> ParseReference(std::string_view text) {
     return reference;
 }
 
+std::string ReferenceText(Reference reference) {
+    return std::to_string(reference.number) + " " + std::to_string(reference.generation) + " R";
+}
+
 std::string_view TakeValue(Lexer& lexer) {
     lexer.SkipBlanks();
     const std::size_t begin = lexer.Position();

@@ -89,6 +89,7 @@ struct Reference {
 
 // The reference that `text` is, "12 0 R"; nothing for any other value.
 std::optional<Reference> ParseReference(std::string_view text);
+std::string ReferenceText(Reference reference);
 
 // Takes one whole value from the lexer: a scalar, a reference, an array or a dictionary with all that is inside. The
 // text has no blanks around it. Throws PdfError where there is none or it does not end.
