@@ -106,11 +106,13 @@ public:
     Dict() = default;
     // Any other value than a dictionary makes an empty one. Throws PdfError where the dictionary does not end.
     explicit Dict(std::string_view text);
+    explicit Dict(std::string&& text) = delete;  // the entries are views of it
 
     // The value of the first entry of that name (without "/"); empty when there is none.
     std::string_view Find(std::string_view name) const;
     bool Has(std::string_view name) const { return !Find(name).empty(); }
-    const std::vector<Entry>& Entries() const { return entries_; }
+    const std::vector<Entry>& Entries() const& { return entries_; }
+    const std::vector<Entry>& Entries() && = delete;  // they end with the dictionary
 
 private:
     std::vector<Entry> entries_;

@@ -15,19 +15,17 @@ void MergedForms::Prepare(ObjectCopier& copier, const Dict& catalog) {
     TakeResources(copier, form.Find("DR"));
 
     // The first input's defaults become the file's; fields of others take theirs along.
-    inherited_.clear();
-    const auto inherit = [&](const char* key, std::string& ours) {
-        std::string own = copier.Rewrite("<<" + std::string(key) + " " +
-                                         std::string(document.Resolve(form.Find(std::string_view(key).substr(1)))) +
-                                         ">>");
-        own = own.substr(2, own.size() - 4);
-        if (fields_.empty()) ours = own;
-        if (own == ours) return false;
-        inherited_ += own;
-        return true;
+    const auto inherit = [&](const char* name, std::string& ours) {
+        const std::string_view value = document.Resolve(form.Find(name));
+        if (value.empty()) return std::string();
+        // As an entry, because the copier renames the fonts in it by its key.
+        std::string entry = copier.Rewrite("<</" + std::string(name) + " " + std::string(value) + ">>");
+        entry = entry.substr(2, entry.size() - 4);
+        if (fields_.empty()) ours = entry;
+        return entry == ours ? std::string() : entry;
     };
-    inheritsAppearance_ = form.Has("DA") && inherit("/DA", defaultAppearance_);
-    inheritsAlignment_ = form.Has("Q") && inherit("/Q", alignment_);
+    inheritedAppearance_ = inherit("DA", defaultAppearance_);
+    inheritedAlignment_ = inherit("Q", alignment_);
     WalkFields(copier);
 }
 
@@ -85,11 +83,8 @@ void MergedForms::WalkFields(ObjectCopier& copier) {
         if (next.isTop) {
             RenameField(copier, reference->number, field);
             DictEdit& edit = copier.EditOf(reference->number);
-            if ((inheritsAppearance_ && !field.Has("DA")) || (inheritsAlignment_ && !field.Has("Q"))) {
-                const Dict inherited("<<" + inherited_ + ">>");
-                if (!field.Has("DA") && inherited.Has("DA")) edit.added += "/DA " + std::string(inherited.Find("DA"));
-                if (!field.Has("Q") && inherited.Has("Q")) edit.added += "/Q " + std::string(inherited.Find("Q"));
-            }
+            if (!field.Has("DA")) edit.added += inheritedAppearance_;
+            if (!field.Has("Q")) edit.added += inheritedAlignment_;
         }
         for (const std::string_view kid : ArrayItems(document.Resolve(field.Find("Kids")))) {
             waiting.push_back({kid, false, isSignature});

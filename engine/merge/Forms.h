@@ -39,9 +39,9 @@ private:
     // Of the current input.
     std::vector<std::string_view> oldFields_;
     std::vector<std::string_view> oldOrder_;
-    std::string inherited_;  // what its fields had from its form and would not have from the merged one
-    bool inheritsAppearance_ = false;
-    bool inheritsAlignment_ = false;
+    // What its fields had from its form and would not have from the merged one.
+    std::string inheritedAppearance_;
+    std::string inheritedAlignment_;
 };
 
 }  // namespace zavo::pdf

@@ -43,7 +43,8 @@ void MergedNames::Prepare(ObjectCopier& copier, const Dict& catalog) {
     };
     visit(destinationCategory, &copier.destinations);
     // How destinations were named before there were name trees.
-    for (const Dict::Entry& entry : document.ResolveDict(catalog.Find("Dests")).Entries()) {
+    const Dict oldDestinations = document.ResolveDict(catalog.Find("Dests"));
+    for (const Dict::Entry& entry : oldDestinations.Entries()) {
         Take(destinationCategory, DecodeName(entry.key), entry.value, &copier.destinationNames);
     }
     visit(attachmentCategory, nullptr);
