@@ -17,6 +17,7 @@ constexpr std::size_t decodeLimit = std::size_t{256} << 20;  // one object or cr
 constexpr std::size_t cacheLimit = std::size_t{1} << 30;     // all object streams of a document, unpacked
 constexpr std::uint64_t numberLimit = 8388608;               // object numbers end below it (ISO 32000-1, annex C)
 constexpr int hopLimit = 64;                                 // references to references
+constexpr std::uint64_t smallFile = std::uint64_t{128} << 10;  // kept in memory rather than read again
 
 std::uint64_t Digits(const char* text, std::size_t count) {
     std::uint64_t value = 0;
@@ -25,6 +26,10 @@ std::uint64_t Digits(const char* text, std::size_t count) {
         value = value * 10 + static_cast<std::uint64_t>(text[i] - '0');
     }
     return value;
+}
+
+bool IsVersion(std::string_view text) {
+    return text.size() == 3 && IsDigit(text[0]) && text[1] == '.' && IsDigit(text[2]);
 }
 
 // Takes "12 0 obj".
@@ -96,12 +101,15 @@ std::string_view Document::Bytes() {
 void Document::ReleaseBytes() {
     objectStreams_.clear();
     unpacked_ = 0;
+    if (size_ <= smallFile && file_) return;
     buffer_ = Buffer();
     loaded_ = false;
 }
 
 void Document::CloseFile() {
     ReleaseBytes();
+    buffer_ = Buffer();
+    loaded_ = false;
     file_.reset();
 }
 
@@ -138,6 +146,7 @@ void Document::ReadStructure() {
 
     const std::string_view bytes = Bytes();
     if (!bytes.starts_with("%PDF-")) throw PdfError("this is not a PDF");
+    version_ = IsVersion(bytes.substr(5, 3)) ? bytes.substr(5, 3) : "1.7";
     const std::size_t mark = bytes.rfind("startxref");
     if (mark == std::string_view::npos || mark + 4096 < bytes.size()) throw PdfError("the file's end is missing");
     Lexer lexer(bytes, mark + 9);
@@ -164,8 +173,10 @@ void Document::ReadStructure() {
     }
     CheckPlaces();
     if (trailer_.Has("Encrypt")) return;  // nothing can be read as it stands
-    const Dict pages = ResolveDict(Catalog().Find("Pages"));
-    if (!pages.Has("Kids")) throw PdfError("the file has no pages");
+    const Dict catalog = Catalog();
+    if (!ResolveDict(catalog.Find("Pages")).Has("Kids")) throw PdfError("the file has no pages");
+    const std::string_view version = Resolve(catalog.Find("Version"));
+    if (IsVersion(version.substr(version.empty() ? 0 : 1))) version_ = std::max(version_, DecodeName(version));
 }
 
 Dict Document::ReadSection(std::uint64_t offset, bool newest) {

@@ -68,6 +68,7 @@ public:
     // The stream's bytes without its filters; throws PdfError where it has any but Flate, or more than `limit` bytes.
     std::string Decode(const Object& stream, std::size_t limit);
 
+    const std::string& Version() const { return version_; }  // of the PDF format, as in "1.7"
     const Dict& Trailer() const { return trailer_; }  // of the newest section
     Reference Root() const { return root_; }
     Dict Catalog() { return ResolveDict(rootText_); }
@@ -91,7 +92,8 @@ public:
     std::uint64_t FileSize() const { return size_; }
     // The file's own bytes, or those of the repaired copy. Read when they are first needed after ReleaseBytes.
     std::string_view Bytes();
-    // Gives back the memory of the bytes and of what was unpacked from them, as far as it can be read again. Ends views.
+    // Gives back the memory of the bytes and of what was unpacked from them, as far as it can be read again and is worth
+    // reading again. Ends views.
     void ReleaseBytes();
     // Closes the file, so that it can be replaced; nothing may be read after it.
     void CloseFile();
@@ -124,6 +126,7 @@ private:
     bool normalised_ = false;
 
     std::vector<Entry> entries_;
+    std::string version_;
     std::string trailerText_;
     Dict trailer_;
     std::string rootText_;

@@ -23,16 +23,6 @@ constexpr std::string_view firstInputsEntries[] = {"AA",       "Lang",       "Me
 // Catalog entries that are lists, of which the merged file has all inputs' items.
 constexpr std::string_view lists[] = {"AF", "Threads"};
 
-// The version that the file's header or its catalog says, as in "1.7".
-std::string VersionOf(Document& document) {
-    std::string_view version = document.Bytes().substr(5, 3);
-    const Dict catalog = document.Catalog();
-    const std::string_view newer = catalog.Find("Version");
-    if (newer.size() == 4 && newer.substr(1) > version) version = newer.substr(1);
-    const bool isVersion = version.size() == 3 && IsDigit(version[0]) && version[1] == '.' && IsDigit(version[2]);
-    return isVersion ? std::string(version) : "1.7";
-}
-
 // One pass over all inputs into one file.
 class MergePass {
 public:
@@ -145,15 +135,7 @@ void Merger::Save(const std::filesystem::path& path) {
     // pass starts. What is damaged even so is left out.
     for (;;) {
         std::string version = "1.5";  // object streams need it
-        std::erase_if(inputs, [&version](const Input& input) {
-            try {
-                version = std::max(version, VersionOf(*input.document));
-                input.document->ReleaseBytes();
-                return false;
-            } catch (const PdfError&) {
-                return true;
-            }
-        });
+        for (const Input& input : inputs) version = std::max(version, input.document->Version());
         if (inputs.empty()) throw PdfError("there is nothing to merge");
         const auto last = std::find_if(inputs.rbegin(), inputs.rend(),
                                        [](const Input& input) { return input.options.keepBookmarks; });
