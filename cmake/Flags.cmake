@@ -2,23 +2,29 @@
 
 add_library(zavo_flags INTERFACE)
 target_include_directories(zavo_flags INTERFACE ${PROJECT_SOURCE_DIR})
-target_compile_definitions(zavo_flags INTERFACE
-    UNICODE _UNICODE STRICT NOMINMAX
-    WINVER=0x0A00 _WIN32_WINNT=0x0A00)
 # No -Wnon-virtual-dtor: COM interfaces have no virtual destructor; the classes that implement them are final.
+# No -Wrestrict: GCC 12 reports sums of texts, "a" + text, without reason.
 target_compile_options(zavo_flags INTERFACE
-    $<$<COMPILE_LANGUAGE:CXX>:-Wall -Wextra -Wpedantic -Wshadow -Wconversion -Werror>
+    $<$<COMPILE_LANGUAGE:CXX>:-Wall -Wextra -Wpedantic -Wshadow -Wconversion -Werror -Wno-restrict>
     $<$<COMPILE_LANGUAGE:CXX>:-fstack-protector-strong -ffunction-sections -fdata-sections>
     # The source path stays out of the binaries: two checkouts give the same bytes.
     $<$<COMPILE_LANGUAGE:CXX>:-ffile-prefix-map=${PROJECT_SOURCE_DIR}=.>)
 target_compile_definitions(zavo_flags INTERFACE $<$<CONFIG:Release>:_FORTIFY_SOURCE=2>)
+target_link_options(zavo_flags INTERFACE -fstack-protector-strong -Wl,--gc-sections $<$<CONFIG:Release>:-s>)
 
-# Everything is linked statically: what we ship imports Windows' own DLLs and the engine, nothing of the compiler's.
-# A fixed image base and no time stamp: the linker would derive both from the output's name and the clock.
-target_link_options(zavo_flags INTERFACE
-    -static -fstack-protector-strong
-    -Wl,--gc-sections,--dynamicbase,--high-entropy-va,--nxcompat,--no-insert-timestamp
-    $<$<CONFIG:Release>:-s>)
+if(WIN32)
+    target_compile_definitions(zavo_flags INTERFACE
+        UNICODE _UNICODE STRICT NOMINMAX
+        WINVER=0x0A00 _WIN32_WINNT=0x0A00)
+    # Everything is linked statically: what we ship imports Windows' own DLLs and the engine, nothing of the
+    # compiler's. A fixed image base and no time stamp: the linker would derive both from the output's name and the
+    # clock.
+    target_link_options(zavo_flags INTERFACE
+        -static -Wl,--dynamicbase,--high-entropy-va,--nxcompat,--no-insert-timestamp)
+else()
+    find_package(Threads REQUIRED)
+    target_link_libraries(zavo_flags INTERFACE Threads::Threads)
+endif()
 
 function(zavo_fixed_image_base target base)
     target_link_options(${target} PRIVATE -Wl,--image-base=${base})

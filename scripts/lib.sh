@@ -24,6 +24,7 @@ fail() {
 
 declare -A ZAVO_PACKAGES=(
     [build]="cmake ninja-build g++-mingw-w64-x86-64-posix mingw-w64-tools googletest"
+    [engine]="g++ libz-mingw-w64-dev zlib1g-dev"
     [wine]="wine wine64"
     [render]="libreoffice-writer-nogui libreoffice-calc-nogui libreoffice-impress-nogui python3-uno poppler-utils
         fonts-liberation"

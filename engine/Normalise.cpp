@@ -1,0 +1,264 @@
+// The engine's only use of qpdf, which repairs and decrypts. It recurses with the document's depth, so all of it runs
+// on a thread with a large stack.
+#include "engine/Normalise.h"
+
+#include <algorithm>
+#include <chrono>
+#include <cstddef>
+#include <exception>
+#include <iomanip>
+#include <map>
+#include <memory>
+#include <new>
+#include <qpdf/Buffer.hh>
+#include <qpdf/BufferInputSource.hh>
+#include <qpdf/Pl_Function.hh>
+#include <qpdf/QPDF.hh>
+#include <qpdf/QPDFEmbeddedFileDocumentHelper.hh>
+#include <qpdf/QPDFFileSpecObjectHelper.hh>
+#include <qpdf/QPDFLogger.hh>
+#include <qpdf/QPDFWriter.hh>
+#include <set>
+#include <sstream>
+
+#include "engine/LargeStack.h"
+
+namespace zavo::pdf {
+
+namespace {
+
+// qpdf takes exceptions of callbacks for damage of the document, or ends the program when they come while it tidies up.
+// So they wait here, and no callback is called after the first.
+class HeldException {
+public:
+    template <typename Work>
+    void Guard(const Work& work) noexcept {
+        if (exception_) return;
+        try {
+            work();
+        } catch (...) {
+            exception_ = std::current_exception();
+        }
+    }
+
+    void Throw() const {
+        if (exception_) std::rethrow_exception(exception_);
+    }
+
+private:
+    std::exception_ptr exception_;
+};
+
+// What qpdf's view of the bytes is; it does not write to them.
+struct InputBytes {
+    explicit InputBytes(std::string_view bytes)
+        : memory(reinterpret_cast<unsigned char*>(const_cast<char*>(bytes.data())), bytes.size()) {}
+    ::Buffer memory;
+};
+
+// The document. qpdf reads one object while it reads another where the length of a stream is a reference; a chain of
+// such streams that uses up the stack ends here, as damage.
+class Input : private InputBytes, public BufferInputSource {
+public:
+    explicit Input(std::string_view bytes)
+        : InputBytes(bytes), BufferInputSource("PDF", &memory), start_(StackPosition()) {}
+
+    void seek(qpdf_offset_t offset, int whence) override {
+        constexpr std::intptr_t deepest = largeStackSize / 2;
+        if (start_ - StackPosition() > deepest) throw PdfError("the lengths of too many streams depend on each other");
+        BufferInputSource::seek(offset, whence);
+    }
+
+private:
+    // It falls with each call.
+    static std::intptr_t StackPosition() {
+        const volatile char here = 0;
+        return reinterpret_cast<std::intptr_t>(&here);
+    }
+
+    std::intptr_t start_;
+};
+
+// Runs work with qpdf; what qpdf throws becomes a PdfError.
+void RunQpdf(HeldException& held, const std::function<void()>& work) {
+    RunWithLargeStack([&] {
+        try {
+            work();
+        } catch (const std::bad_alloc&) {
+            throw;
+        } catch (const std::exception& error) {
+            held.Throw();
+            throw PdfError(error.what());
+        }
+    });
+    held.Throw();
+}
+
+void Open(QPDF& pdf, std::string_view bytes, std::string_view password) {
+    // Each stream of a wrong length gives three, and costs a walk over all objects.
+    constexpr std::size_t maxWarnings = 5000;
+    const std::shared_ptr<QPDFLogger> silent = QPDFLogger::create();
+    silent->setInfo(silent->discard());
+    silent->setWarn(silent->discard());
+    silent->setError(silent->discard());
+    pdf.setLogger(silent);
+    pdf.setSuppressWarnings(true);
+    pdf.setMaxWarnings(maxWarnings);
+    pdf.processInputSource(std::make_shared<Input>(bytes), std::string(password).c_str());
+    if (pdf.getAllPages().empty()) throw PdfError("a PDF without pages");
+
+    // The writer replaces the value, and leaves out what was not there, as in a file that lost its trailer.
+    pdf.getTrailer().replaceKey("/Size", QPDFObjectHandle::newInteger(0));
+
+    // The writer would unpack this stream, whatever it is told about streams.
+    QPDFObjectHandle metadata = pdf.getRoot().getKey("/Metadata");
+    if (metadata.isStream()) metadata.setFilterOnWrite(false);
+}
+
+// Writes with all streams as they are.
+void Write(QPDFWriter& writer, const Sink& sink, HeldException& held) {
+    Pl_Function output("output", nullptr, [&](const unsigned char* bytes, std::size_t count) {
+        held.Guard([&] { sink({reinterpret_cast<const char*>(bytes), count}); });
+    });
+    writer.setOutputPipeline(&output);
+    writer.setDecodeLevel(qpdf_dl_none);
+    writer.setCompressStreams(false);
+    writer.write();
+}
+
+// A date of the years that four digits can name; empty for any other.
+std::string PdfDate(std::int64_t seconds) {
+    constexpr std::int64_t yearTenThousand = 253402300800;
+    if (seconds < 0 || seconds >= yearTenThousand) return {};
+    const std::chrono::sys_seconds time{std::chrono::seconds(seconds)};
+    const auto day = std::chrono::floor<std::chrono::days>(time);
+    const std::chrono::year_month_day date(day);
+    const std::chrono::hh_mm_ss clock(time - day);
+    std::ostringstream text;
+    text << "D:" << std::setfill('0') << std::setw(4) << static_cast<int>(date.year());
+    text << std::setw(2) << static_cast<unsigned>(date.month()) << std::setw(2) << static_cast<unsigned>(date.day());
+    text << std::setw(2) << clock.hours().count() << std::setw(2) << clock.minutes().count();
+    text << std::setw(2) << clock.seconds().count() << 'Z';
+    return text.str();
+}
+
+// The name for readers that know ASCII only: each other character becomes "_".
+std::string AsciiName(std::string_view utf8) {
+    constexpr unsigned char firstContinuation = 0x80;
+    constexpr unsigned char firstLead = 0xC0;
+    std::string ascii;
+    for (const char c : utf8) {
+        const auto byte = static_cast<unsigned char>(c);
+        if (byte < firstContinuation) {
+            ascii += c;
+        } else if (byte >= firstLead) {
+            ascii += '_';
+        }
+    }
+    return ascii;
+}
+
+// "name.ext", or "name (2).ext" where there is one already, and so on.
+std::string UniqueKey(const std::set<std::string>& taken, const std::string& prefix, const std::string& name) {
+    std::string key = prefix + name;
+    const std::size_t dot = name.rfind('.');
+    const std::string stem = name.substr(0, dot == 0 ? std::string::npos : dot);
+    for (unsigned number = 2; taken.count(key) > 0; ++number) {
+        key = prefix + stem + " (" + std::to_string(number) + ")" + name.substr(stem.size());
+    }
+    return key;
+}
+
+QPDFObjectHandle MakeContent(QPDF& pdf, const QpdfAttachment& attachment, HeldException& held) {
+    QPDFObjectHandle params = QPDFObjectHandle::newDictionary();
+    params.replaceKey("/Size", QPDFObjectHandle::newInteger(static_cast<long long>(attachment.size)));
+    if (!attachment.md5.empty()) params.replaceKey("/CheckSum", QPDFObjectHandle::newString(attachment.md5));
+    const std::string created = PdfDate(attachment.created);
+    if (!created.empty()) params.replaceKey("/CreationDate", QPDFObjectHandle::newString(created));
+    const std::string modified = PdfDate(attachment.modified);
+    if (!modified.empty()) params.replaceKey("/ModDate", QPDFObjectHandle::newString(modified));
+
+    QPDFObjectHandle stream = pdf.newStream();
+    stream.getDict().replaceKey("/Type", QPDFObjectHandle::newName("/EmbeddedFile"));
+    if (!attachment.mimeType.empty()) {
+        stream.getDict().replaceKey("/Subtype", QPDFObjectHandle::newName("/" + attachment.mimeType));
+    }
+    stream.getDict().replaceKey("/Params", params);
+    const auto provide = [&content = attachment.content, &held](Pipeline* pipeline) {
+        held.Guard([&] {
+            content([pipeline](std::string_view bytes) {
+                pipeline->write(reinterpret_cast<const unsigned char*>(bytes.data()), bytes.size());
+            });
+        });
+        pipeline->finish();
+    };
+    stream.replaceStreamData(
+        provide, attachment.deflated ? QPDFObjectHandle::newName("/FlateDecode") : QPDFObjectHandle::newNull(),
+        QPDFObjectHandle::newNull());
+    stream.setFilterOnWrite(false);
+    return stream;
+}
+
+QPDFFileSpecObjectHelper MakeFileSpec(QPDF& pdf, const QpdfAttachment& attachment, HeldException& held) {
+    const QPDFObjectHandle content = MakeContent(pdf, attachment, held);
+    QPDFObjectHandle files = QPDFObjectHandle::newDictionary();
+    files.replaceKey("/F", content);
+    files.replaceKey("/UF", content);
+    QPDFObjectHandle spec = pdf.makeIndirectObject(QPDFObjectHandle::newDictionary());
+    spec.replaceKey("/Type", QPDFObjectHandle::newName("/Filespec"));
+    spec.replaceKey("/F", QPDFObjectHandle::newString(AsciiName(attachment.name)));
+    spec.replaceKey("/UF", QPDFObjectHandle::newUnicodeString(attachment.name));
+    if (!attachment.description.empty()) {
+        spec.replaceKey("/Desc", QPDFObjectHandle::newUnicodeString(attachment.description));
+    }
+    spec.replaceKey("/EF", files);
+    return {spec};
+}
+
+void AddAttachments(QPDF& pdf, const std::vector<QpdfAttachment>& attachments, HeldException& held) {
+    QPDFEmbeddedFileDocumentHelper tree(pdf);
+    std::set<std::string> taken;
+    for (const auto& [key, file] : tree.getEmbeddedFiles()) taken.insert(key);
+    for (const QpdfAttachment& attachment : attachments) {
+        const std::string key = UniqueKey(taken, attachment.treeKeyPrefix, attachment.name);
+        tree.replaceEmbeddedFile(key, MakeFileSpec(pdf, attachment, held));
+        taken.insert(key);
+    }
+}
+
+}  // namespace
+
+std::string Normalise(std::string_view bytes, std::string_view password) {
+    std::string normal;
+    normal.reserve(bytes.size());
+    HeldException held;
+    RunQpdf(held, [&] {
+        QPDF pdf;
+        Open(pdf, bytes, password);
+        QPDFWriter writer(pdf);
+        writer.setPreserveEncryption(false);
+        writer.setObjectStreamMode(qpdf_o_disable);
+        writer.setDeterministicID(true);
+        Write(
+            writer, [&](std::string_view piece) { normal += piece; }, held);
+    });
+    return normal;
+}
+
+void RewriteWithAttachments(std::string_view bytes, std::string_view password,
+                            const std::vector<QpdfAttachment>& attachments, const Sink& sink) {
+    HeldException held;
+    RunQpdf(held, [&] {
+        QPDF pdf;
+        Open(pdf, bytes, password);
+        AddAttachments(pdf, attachments, held);
+        QPDFWriter writer(pdf);
+        // A writer that leaves streams alone drops encryption, unless it is told so.
+        if (pdf.isEncrypted()) writer.copyEncryptionParameters(pdf);
+        // The file's identifier comes from its content, but for encryption, which depends on the identifier.
+        writer.setDeterministicID(!pdf.isEncrypted());
+        Write(writer, sink, held);
+    });
+}
+
+}  // namespace zavo::pdf
