@@ -228,7 +228,7 @@ Token Lexer::Next() {
 }
 
 std::optional<std::int64_t> ParseInteger(std::string_view text) {
-    if (!text.empty() && text[0] == '+') text.remove_prefix(1);
+    if (text.size() > 1 && text[0] == '+' && IsDigit(text[1])) text.remove_prefix(1);
     std::int64_t value = 0;
     const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), value);
     if (error != std::errc() || end != text.data() + text.size()) return std::nullopt;
