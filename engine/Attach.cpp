@@ -2,15 +2,14 @@
 #include "engine/Attach.h"
 
 #include <algorithm>
-#include <array>
 #include <optional>
-#include <unordered_set>
 
 #include "engine/AppendedSection.h"
 #include "engine/Dates.h"
 #include "engine/Deflate.h"
 #include "engine/NameTree.h"
 #include "engine/Normalise.h"
+#include "engine/Trees.h"
 
 namespace zavo::pdf {
 
@@ -380,21 +379,21 @@ std::vector<ListedAttachment> ListAttachments(Document& document) {
     const auto time = [&](const Dict& parameters, std::string_view key) {
         return ParseDate(DecodeString(document.Resolve(parameters.Find(key)))).value_or(unknownTime);
     };
-    WalkNameTree(document, document.ResolveDict(document.Catalog().Find("Names")).Find("EmbeddedFiles"),
-                 [&](const std::string& key, std::string_view value) {
-                     const Dict spec = document.ResolveDict(value);
-                     const Dict files = document.ResolveDict(spec.Find("EF"));
-                     const std::string_view nameKey = spec.Has("UF") ? "UF" : "F";
-                     const Dict file = document.ResolveDict(files.Find(files.Has("UF") ? "UF" : "F"));
-                     const Dict parameters = document.ResolveDict(file.Find("Params"));
-                     ListedAttachment entry;
-                     entry.name =
-                         TextToUtf8(spec.Has(nameKey) ? DecodeString(document.Resolve(spec.Find(nameKey))) : key);
-                     entry.size = document.ResolveInteger(parameters.Find("Size")).value_or(-1);
-                     entry.created = time(parameters, "CreationDate");
-                     entry.modified = time(parameters, "ModDate");
-                     list.push_back(std::move(entry));
-                 });
+    VisitNameTree(document, document.ResolveDict(document.Catalog().Find("Names")).Find("EmbeddedFiles"),
+                  [&](std::string_view key, std::string_view value) {
+                      const Dict spec = document.ResolveDict(value);
+                      const Dict files = document.ResolveDict(spec.Find("EF"));
+                      const std::string_view nameKey = spec.Has("UF") ? "UF" : "F";
+                      const Dict file = document.ResolveDict(files.Find(files.Has("UF") ? "UF" : "F"));
+                      const Dict parameters = document.ResolveDict(file.Find("Params"));
+                      ListedAttachment entry;
+                      entry.name = TextToUtf8(spec.Has(nameKey) ? DecodeString(document.Resolve(spec.Find(nameKey)))
+                                                                : DecodeString(key));
+                      entry.size = document.ResolveInteger(parameters.Find("Size")).value_or(-1);
+                      entry.created = time(parameters, "CreationDate");
+                      entry.modified = time(parameters, "ModDate");
+                      list.push_back(std::move(entry));
+                  });
     return list;
 }
 
