@@ -5,7 +5,8 @@
 #include <map>
 #include <optional>
 #include <unordered_map>
-#include <unordered_set>
+
+#include "engine/Trees.h"
 
 namespace zavo::pdf {
 
@@ -21,24 +22,6 @@ struct OddTree {};
 std::string KeyOf(Document& document, std::string_view value) { return DecodeString(document.Resolve(value)); }
 
 }  // namespace
-
-void WalkNameTree(Document& document, std::string_view root,
-                  const std::function<void(const std::string& key, std::string_view value)>& visit) {
-    std::unordered_set<std::uint32_t> seen;
-    std::vector<std::string_view> waiting = {root};
-    while (!waiting.empty()) {
-        const std::string_view value = waiting.back();
-        waiting.pop_back();
-        if (const std::optional<Reference> reference = ParseReference(value)) {
-            if (!seen.insert(reference->number).second) continue;
-        }
-        const Dict node = document.ResolveDict(value);
-        const std::vector<std::string_view> names = ArrayItems(document.Resolve(node.Find("Names")));
-        for (std::size_t i = 0; i + 1 < names.size(); i += 2) visit(KeyOf(document, names[i]), names[i + 1]);
-        const std::vector<std::string_view> kids = ArrayItems(document.Resolve(node.Find("Kids")));
-        waiting.insert(waiting.end(), kids.rbegin(), kids.rend());
-    }
-}
 
 struct NameTree::Node {
     bool isLeaf = true;
@@ -227,7 +210,8 @@ void NameTree::Rebuild() {
                 Utf8ToText(TextToUtf8(key) + " (" + std::to_string(++copies.try_emplace(key, 1).first->second) + ")");
         }
     };
-    WalkNameTree(document_, rootValue_, add);
+    VisitNameTree(document_, rootValue_,
+                  [&](std::string_view name, std::string_view value) { add(DecodeString(name), value); });
     for (const auto& [key, value] : added_) add(key, value);
 
     root_ = std::make_unique<Node>();

@@ -1,5 +1,5 @@
-// The name tree of a document: looking keys up, adding to it with few changed nodes, and walking all of it. Trees of
-// other writers may be flat, unsorted or without limits; the first addition to such a one makes a proper tree of it.
+// Adding to the name tree of a document, with few changed nodes. Trees of other writers may be flat, unsorted or
+// without limits; the first addition to such a one makes a proper tree of it.
 #pragma once
 
 #include <cstddef>
@@ -14,11 +14,6 @@
 #include "engine/Document.h"
 
 namespace zavo::pdf {
-
-// Calls `visit` with every key, decoded, and its value's text, in the order of the tree. A node that several others
-// lead to is visited once, what is no node is left out. Throws PdfError.
-void WalkNameTree(Document& document, std::string_view root,
-                  const std::function<void(const std::string& key, std::string_view value)>& visit);
 
 class NameTree {
 public:

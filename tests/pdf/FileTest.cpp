@@ -1,13 +1,12 @@
 // The engine's files: reading, replacing at once or not at all, and the spool.
-#include <csignal>
 #include <filesystem>
 #include <string>
 
 #include <gtest/gtest.h>
-#include <sys/resource.h>
 #include <sys/stat.h>
 
 #include "engine/File.h"
+#include "tests/pdf/SmallDisk.h"
 #include "tests/pdf/TestFolder.h"
 
 using namespace zavo::pdf;
@@ -24,26 +23,6 @@ std::string FileErrorOf(const std::function<void()>& action) {
     }
     return "no error";
 }
-
-// Files cannot grow beyond a size, as on a full disk.
-class SmallDisk {
-public:
-    explicit SmallDisk(rlim_t bytes) : oldHandler_(signal(SIGXFSZ, SIG_IGN)) {
-        getrlimit(RLIMIT_FSIZE, &old_);
-        const rlimit limit = {bytes, old_.rlim_max};
-        setrlimit(RLIMIT_FSIZE, &limit);
-    }
-    SmallDisk(const SmallDisk&) = delete;
-    SmallDisk& operator=(const SmallDisk&) = delete;
-    ~SmallDisk() {
-        setrlimit(RLIMIT_FSIZE, &old_);
-        signal(SIGXFSZ, oldHandler_);
-    }
-
-private:
-    rlimit old_ = {};
-    void (*oldHandler_)(int);
-};
 
 std::string Collect(const Spool& spool) {
     std::string bytes;

@@ -1,0 +1,161 @@
+// zavopdf: the engine on the command line.
+#include <chrono>
+#include <cstdio>
+#include <filesystem>
+#include <memory>
+#include <string>
+#include <system_error>
+#include <vector>
+
+#include "engine/Attach.h"
+#include "engine/Dates.h"
+#include "engine/Document.h"
+#include "engine/File.h"
+#include "engine/Merge.h"
+#include "engine/PdfError.h"
+#include "engine/Portfolio.h"
+
+#ifdef _WIN32
+#include <fcntl.h>
+#include <io.h>
+#else
+#include <csignal>
+
+#include <sys/resource.h>
+#endif
+
+using namespace zavo::pdf;
+
+namespace {
+
+constexpr int ok = 0;
+constexpr int failed = 1;
+constexpr int wrongUsage = 2;
+
+constexpr const char* usage =
+    "Usage: zavopdf merge OUT IN...      writes the PDFs IN one behind the other to OUT\n"
+    "       zavopdf attach PDF FILE...   attaches the files to PDF and saves it\n"
+    "       zavopdf portfolio OUT        makes an empty portfolio, where nothing may be\n"
+    "       zavopdf list PDF             lists what is attached: size, time of the last change, name\n"
+    "       zavopdf --help | --version\n"
+    "Exit codes: 0 done, 1 failed, with a line that says which file and why, 2 wrong usage.\n"
+    "A command that fails leaves OUT or PDF as it was.\n";
+
+using Paths = std::vector<std::filesystem::path>;
+
+// Opens a PDF; what is wrong with it is said with its name.
+template <typename Open>
+auto OpenNamed(const std::filesystem::path& path, Open open) {
+    try {
+        return open();
+    } catch (const PdfError& error) {
+        throw PdfError(Utf8FromPath(path) + ": " + error.what());
+    }
+}
+
+std::int64_t LastChange(const std::filesystem::path& path) {
+    std::error_code error;
+    const auto time = std::filesystem::last_write_time(path, error);
+    if (error) return unknownTime;
+    const auto seconds = std::chrono::floor<std::chrono::seconds>(std::chrono::file_clock::to_sys(time));
+    return seconds.time_since_epoch().count();
+}
+
+// Control characters in the name of an attachment would be orders to a terminal.
+std::string Shown(std::string text) {
+    for (char& c : text) {
+        if ((c >= 0 && c < ' ') || c == 0x7F) c = '?';
+    }
+    return text;
+}
+
+// "2024-02-29 23:59:59" of "D:20240229235959Z".
+std::string ShownTime(std::int64_t seconds) {
+    const std::string date = DateText(seconds);
+    if (date.empty()) return "-";
+    return date.substr(2, 4) + "-" + date.substr(6, 2) + "-" + date.substr(8, 2) + " " + date.substr(10, 2) + ":" +
+           date.substr(12, 2) + ":" + date.substr(14, 2);
+}
+
+void Merge(const Paths& paths) {
+    Merger merger;
+    for (std::size_t i = 1; i < paths.size(); ++i) {
+        merger.Add(OpenNamed(paths[i], [&] { return std::shared_ptr<Document>(Document::Open(paths[i], "")); }), {});
+    }
+    OpenNamed(paths[0], [&] { merger.Save(paths[0]); });
+}
+
+void Attach(const Paths& paths) {
+    EditableDocument document = OpenNamed(paths[0], [&] { return EditableDocument(paths[0], ""); });
+    for (std::size_t i = 1; i < paths.size(); ++i) {
+        Attachment& attachment = document.Add(Utf8FromPath(paths[i].filename()), "");
+        attachment.SetContent(InputFile(paths[i]));
+        attachment.SetModified(LastChange(paths[i]));
+        document.FileInFolder(attachment, "/");
+    }
+    OpenNamed(paths[0], [&] { document.Save(paths[0]); });
+}
+
+void List(const std::filesystem::path& path) {
+    const auto list = OpenNamed(path, [&] { return ListAttachments(*Document::Open(path, "")); });
+    for (const ListedAttachment& file : list) {
+        const std::string size = file.size < 0 ? "-" : std::to_string(file.size);
+        std::printf("%s\t%s\t%s\n", size.c_str(), ShownTime(file.modified).c_str(), Shown(file.name).c_str());
+    }
+}
+
+int Run(const std::vector<std::filesystem::path>& arguments) {
+    const std::string command = arguments.empty() ? "" : Utf8FromPath(arguments[0]);
+    const Paths paths(arguments.begin() + (arguments.empty() ? 0 : 1), arguments.end());
+    if (command == "--help" || command == "-h") {
+        std::fputs(usage, stdout);
+    } else if (command == "--version") {
+        std::puts("zavopdf " ZAVO_VERSION);
+    } else if (command == "merge" && paths.size() >= 2) {
+        Merge(paths);
+    } else if (command == "attach" && paths.size() >= 2) {
+        Attach(paths);
+    } else if (command == "portfolio" && paths.size() == 1) {
+        WriteEmptyPortfolio(paths[0]);
+    } else if (command == "list" && paths.size() == 1) {
+        List(paths[0]);
+    } else {
+        std::fputs(usage, stderr);
+        return wrongUsage;
+    }
+    if (std::fflush(stdout) != 0) throw FileError("the output cannot be written");
+    return ok;
+}
+
+int RunReported(const std::vector<std::filesystem::path>& arguments) {
+    try {
+        return Run(arguments);
+    } catch (const std::bad_alloc&) {
+        std::fputs("zavopdf: there is not enough memory\n", stderr);
+    } catch (const std::exception& error) {
+        std::fprintf(stderr, "zavopdf: %s\n", error.what());
+    }
+    return failed;
+}
+
+}  // namespace
+
+#ifdef _WIN32
+// Texts are UTF-8 and end in line feeds, as on other systems.
+int wmain(int count, wchar_t** arguments) {
+    _setmode(_fileno(stdout), _O_BINARY);
+    _setmode(_fileno(stderr), _O_BINARY);
+    return RunReported({arguments + 1, arguments + count});
+}
+#else
+int main(int count, char** arguments) {
+    // A file that grows too large is an error like any other, and every input of a merge is an open file.
+    std::signal(SIGXFSZ, SIG_IGN);
+    rlimit files = {};
+    if (getrlimit(RLIMIT_NOFILE, &files) == 0) {
+        files.rlim_cur = files.rlim_max;
+        setrlimit(RLIMIT_NOFILE, &files);
+    }
+    return RunReported({arguments + 1, arguments + count});
+}
+#endif
