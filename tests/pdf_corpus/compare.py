@@ -141,7 +141,7 @@ def destinations(parts, actual):
     kept, findings, used = 0, [], set()
     for name, target in expected:
         candidates = free.get((name, target), []) + free.get((re.sub(r"#\d+$", "", name), target), [])
-        candidates = [other for other in candidates if other not in used]
+        candidates = [other for other in candidates if (other, target) not in used]
         chosen = name if name in candidates else (candidates[0] if candidates else None)
         if chosen is None:
             if has_dead(target):
@@ -149,7 +149,7 @@ def destinations(parts, actual):
             else:
                 findings.append(f"missing: {name} {target}")
             continue
-        used.add(chosen)
+        used.add((chosen, target))
         kept += 1
     first_of = {}
     for name, target in expected:
@@ -160,7 +160,7 @@ def destinations(parts, actual):
     findings += (f"the first {name} lost its name" for name, target in first_of.items()
                  if name in names and (name, target) not in have)
     findings += (f"not expected: {name} {target}" for name, target in actual.destinations
-                 if name not in used and not has_dead(target))
+                 if (name, target) not in used and not has_dead(target))
     return Feature("named destinations", len(expected), kept, findings)
 
 

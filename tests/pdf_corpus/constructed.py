@@ -755,13 +755,13 @@ def inherited():
 
     objects = {
         1: b"<</Type/Catalog/Pages 2 0 R>>",
-        2: b"<</Type/Pages/Kids[5 0 R 3 0 R]/Count 6/MediaBox[0 0 300 400]/Resources<</Font<</F1 20 0 R>>>>>>",
+        2: b"<</Type/Pages/Kids[5 0 R 3 0 R]/Count 6/MediaBox[0 0 300 400]/Resources<</Font<</F1 30 0 R>>>>>>",
         3: b"<</Type/Pages/Parent 2 0 R/Kids[6 0 R 4 0 R 9 0 R 10 0 R]/Count 5/Rotate 270/CropBox[5 5 300 395]>>",
-        4: b"<</Type/Pages/Parent 3 0 R/Kids[7 0 R 8 0 R]/Count 2/MediaBox 21 0 R/CropBox[10 10 240 390]/Rotate 90>>",
+        4: b"<</Type/Pages/Parent 3 0 R/Kids[7 0 R 8 0 R]/Count 2/MediaBox 31 0 R/CropBox[10 10 240 390]/Rotate 90>>",
         5: page(2, 5), 6: page(3, 6), 7: page(4, 7), 8: page(4, 8, b"/Rotate 0"),
-        9: page(3, 9, b"/MediaBox[0 0 500 400]/Resources<</Font<</F1 22 0 R>>>>"), 10: page(3, 10, b"/Rotate -90"),
-        20: b"<</Type/Font/Subtype/Type1/BaseFont/Helvetica>>", 21: b"[0 0 250 400]",
-        22: b"<</Type/Font/Subtype/Type1/BaseFont/Courier-Bold>>"}
+        9: page(3, 9, b"/MediaBox[0 0 500 400]/Resources<</Font<</F1 32 0 R>>>>"), 10: page(3, 10, b"/Rotate -90"),
+        30: b"<</Type/Font/Subtype/Type1/BaseFont/Helvetica>>", 31: b"[0 0 250 400]",
+        32: b"<</Type/Font/Subtype/Type1/BaseFont/Courier-Bold>>"}
     for number in range(5, 11):
         content = b"BT /F1 14 Tf 30 360 Td (page %02d) Tj ET" % number
         objects[number + 10] = b"<</Length %d>>\nstream\n%s\nendstream" % (len(content), content)

@@ -7,10 +7,12 @@ from xml.sax.saxutils import escape
 
 LANGUAGES = {
     "en-GB": ("Report From To Subject Summary Progress Costs Plan Questions next page back to the summary",
-              "the bridge was finished two weeks ahead of plan and every joint is tight while steel for main span waits "
+              "the bridge was finished two weeks ahead of plan and every joint is tight while steel "
+              "for main span waits "
               "in yard until weather allows welding again cost remains below what council agreed last spring"),
     "de-DE": ("Bericht Von An Betreff Übersicht Fortschritt Kosten Plan Fragen nächste Seite zurück zur Übersicht",
-              "die Brücke wurde früher fertig als geplant und jede Fuge ist dicht während der Stahl für das Hauptfeld auf "
+              "die Brücke wurde früher fertig als geplant und jede Fuge ist dicht während der Stahl "
+              "für das Hauptfeld auf "
               "besseres Wetter wartet die Kosten bleiben unter dem was der Rat im Frühjahr beschloss größer süß"),
     "fr-FR": ("Rapport De À Objet Résumé Avancement Coûts Plan Questions page suivante retour au résumé",
               "le pont fut achevé deux semaines avant la date prévue et chaque joint reste étanche tandis que l’acier "
@@ -22,7 +24,8 @@ LANGUAGES = {
               "η γέφυρα τελείωσε δύο εβδομάδες νωρίτερα και κάθε αρμός είναι στεγανός ενώ ο χάλυβας περιμένει στην "
               "αυλή μέχρι να επιτρέψει ο καιρός το κόστος μένει κάτω από όσα ενέκρινε το συμβούλιο"),
     "pl-PL": ("Raport Od Do Temat Streszczenie Postęp Koszty Plan Pytania następna strona wstecz do streszczenia",
-              "most został ukończony dwa tygodnie przed terminem i każda spoina jest szczelna podczas gdy stal czeka na "
+              "most został ukończony dwa tygodnie przed terminem i każda spoina jest szczelna "
+              "podczas gdy stal czeka na "
               "placu aż pogoda pozwoli znów spawać koszty są niższe niż rada uchwaliła wiosną żółć gęślą jaźń"),
 }
 
