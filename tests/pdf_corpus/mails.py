@@ -47,8 +47,9 @@ def png(width, height, colour_at):
             chunk(b"IDAT", zlib.compress(rows)) + chunk(b"IEND", b""))
 
 
-# The letterhead that all mails share, and a photograph that a third of them share.
-LOGO = base64.b64encode(png(96, 48, lambda x, y: (30 + x, 80 + 2 * y, 200 - x))).decode()
+# The letterhead that all mails share, as those of one firm do, and a photograph that a third of them share.
+LOGO = base64.b64encode(png(360, 140, lambda x, y: (
+    30 + x // 2 + (x * y) % 23, 80 + y + (x * x + y * 7) % 29, 200 - x // 2 + (x ^ y) % 31))).decode()
 PHOTO = base64.b64encode(png(160, 120, lambda x, y: ((x * y) % 256, (x * 7 + y) % 256, (x ^ y) % 256))).decode()
 
 STYLES = """
@@ -112,7 +113,7 @@ def mail(number):
 
     has_form = number % 20 == 3
     forms, shown = form(words) if has_form else ("", "")
-    body = [forms, picture("Logo", LOGO, 4, 2)]
+    body = [forms, picture("Logo", LOGO, 5.4, 2.1)]
     rows = ((sender, f"Ann {number}"), (receiver, "Δήμος, Łódź, München"), (subject, sentence(5)))
     body.append('<table:table table:name="Head"><table:table-column table:number-columns-repeated="2"/>' + "".join(
         "<table:table-row>" + "".join(f"<table:table-cell><text:p>{escape(cell)}</text:p></table:table-cell>"

@@ -1,4 +1,5 @@
 """Whether the checker sees each kind of loss: in files damaged on purpose and in what common tools make."""
+import random
 import subprocess
 import unittest
 
@@ -7,7 +8,8 @@ from pikepdf import Array, Name, String
 
 import completeness
 import corpus
-from inventory import has_dead
+from compare import compare, moved
+from inventory import Inventory, has_dead
 from merging import MergeTest
 
 
@@ -128,6 +130,68 @@ DAMAGES = (
     ("metadata-full", drop("/Lang"), "metadata"),
     ("pictures", duplicate_picture, "nothing left over"),
 )
+
+
+def unique(name, taken, sign):
+    """The name, or with the first number that makes it unique."""
+    number, fresh = 1 if sign == "#" else 0, name
+    while fresh in taken:
+        number += 1
+        fresh = f"{name}{sign}{number}"
+    taken.add(fresh)
+    return fresh
+
+
+def ideal(inventories, stems):
+    """What the inventory of a merged file has to be, made from those of its inputs."""
+    merged, names, roots = Inventory(), set(), set()
+    for part in moved(inventories, stems):
+        found = part.found
+        for field in ("pages", "annotations", "attachments", "tags", "layers", "layer_uses", "layer_order",
+                      "layer_rules", "threads"):
+            getattr(merged, field).extend(getattr(found, field))
+        merged.outline += found.outline or [(0, part.stem, (("to", ("#page", part.first_page), "/Fit"),), False,
+                                             (0.0, 0.0, 0.0), 0, None)]
+        merged.destinations += ((unique(name, names, "#"), target) for name, target in found.destinations)
+        own = {name: unique(name, roots, "+") for name in dict.fromkeys(field[0][0] for field in found.fields)}
+        merged.fields += (((own[field[0][0]],) + field[0][1:],) + field[1:] for field in found.fields)
+        merged.calculation += ((own[name[0]],) + name[1:] for name in found.calculation)
+        if any(inventory.labels for inventory in inventories):
+            merged.labels += found.labels or [str(number + 1) for number in range(len(found.pages))]
+        merged.tag_links += found.tag_links
+        merged.marked |= found.marked
+        merged.need_appearances |= found.need_appearances
+        merged.faults += found.faults
+    merged.metadata, merged.language = inventories[0].metadata, inventories[0].language
+    return merged
+
+
+class IdealMerges(MergeTest):
+    """The checker's own rules for names and places, without any merging program."""
+
+    def assertAccepted(self, inputs):
+        found = [corpus.facts(path)[0] for path in inputs]
+        stems = [path.stem for path in inputs]
+        self.assertEqual([str(feature) for feature in compare(found, stems, ideal(found, stems))
+                          if not feature.complete], [])
+
+    def test_AllConstructedFilesInAnyOrderAreAccepted(self):
+        inputs = corpus.constructed_pdfs()
+        self.assertAccepted(inputs)
+        chance = random.Random(7)
+        for number in range(20):
+            with self.subTest(number):
+                self.assertAccepted(chance.choices(inputs, k=20))
+
+    def test_MailsAreAccepted(self):
+        self.assertAccepted(corpus.mail_pdfs())
+
+    def test_WithoutARenamedFieldTheOrderOfCalculationIsFoundWrong(self):
+        found = [corpus.facts(path)[0] for path in self.made("form-a", "form-b")]
+        merged = ideal(found, ["a", "b"])
+        merged.calculation = merged.calculation[:2] * 2
+        lacking = {feature.name for feature in compare(found, ["a", "b"], merged) if not feature.complete}
+        self.assertEqual(lacking, {"calculation order"})
 
 
 class DamagedFiles(MergeTest):
