@@ -29,8 +29,15 @@ declare -A ZAVO_PACKAGES=(
     [render]="libreoffice-writer-nogui libreoffice-calc-nogui libreoffice-impress-nogui python3-uno poppler-utils
         fonts-liberation"
     [test]="qpdf"
+    [corpus]="python3-pikepdf qpdf poppler-utils"
+    [peers]="qpdf poppler-utils mupdf-tools pdftk-java"
     [icons]="librsvg2-bin python3"
     [lint]="clang-14 clang-format-14 clang-tidy-14 git"
+    # Manuals with bookmarks, links and named destinations; only their files are wanted, see unpack_packages.
+    [manuals]="auto-multiple-choice-doc-pdf bash-doc debmake-doc developers-reference gutenprint-doc maint-guide
+        nauty-doc python-reportlab-doc r-doc-pdf why3-doc-pdf"
+    [large-manuals]="lilypond-doc-pdf r-doc-pdf texlive-humanities-doc texlive-latex-base-doc
+        texlive-latex-recommended-doc"
 )
 
 # Installs what is missing of the named groups; says so only when there is something to install.
@@ -59,6 +66,36 @@ need_packages() {
         tail -n 5 "$log" >&2
         fail "installing ${missing[*]} failed, see $log"
     fi
+}
+
+# Downloads the packages of a group and unpacks them in the cache, without installing them and what they need. Prints the
+# folder. It needs no root where the lists of packages are there.
+unpack_packages() {
+    local packages key folder
+    read -ra packages <<<"${ZAVO_PACKAGES[$1]//$'\n'/ }"
+    key=$(printf '%s' "${packages[*]}" "$(. /etc/os-release && printf '%s' "$VERSION_ID")" | sha256sum | cut -c1-16)
+    folder=$ZAVO_CACHE/packages-$1-$key
+    if [[ ! -d $folder ]]; then
+        step "Downloading ${#packages[@]} packages for their files: ${packages[*]}"
+        mkdir -p "$ZAVO_CACHE"
+        local fresh log=$ZAVO_CACHE/download.log archive
+        fresh=$(mktemp -d "$ZAVO_CACHE/packages-new.XXXXXX")
+        chmod 755 "$fresh"
+        if ! (cd "$fresh" && { apt-get download "${packages[@]}" ||
+            { apt-get update && apt-get download "${packages[@]}"; }; }) >"$log" 2>&1 </dev/null; then
+            rm -rf "$fresh"
+            tail -n 5 "$log" >&2
+            fail "downloading ${packages[*]} failed, see $log"
+        fi
+        for archive in "$fresh"/*.deb; do
+            dpkg-deb -x "$archive" "$fresh/files" || { rm -rf "$fresh"; fail "${archive##*/} cannot be unpacked"; }
+            rm "$archive"
+        done
+        # Another run may have been faster; its folder is as good.
+        mv -T "$fresh/files" "$folder" 2>/dev/null || true
+        rm -rf "$fresh"
+    fi
+    printf '%s\n' "$folder"
 }
 
 # --- Wine -------------------------------------------------------------------------------------------------------------
