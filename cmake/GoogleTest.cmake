@@ -7,4 +7,5 @@ endif()
 set(gtest_force_shared_crt ON CACHE BOOL "" FORCE)
 set(INSTALL_GTEST OFF CACHE BOOL "" FORCE)
 add_subdirectory(${ZAVO_GOOGLETEST_DIR} googletest EXCLUDE_FROM_ALL)
+target_compile_options(gtest PRIVATE $<$<CXX_COMPILER_ID:GNU>:-Wno-restrict>)  # GCC 12 finds overlaps that are none
 include(GoogleTest)

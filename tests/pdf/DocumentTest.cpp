@@ -1,0 +1,179 @@
+// Opening PDFs: every kind of cross-reference section, damage, and files that are made to harm.
+#include "engine/Document.h"
+
+#include <gtest/gtest.h>
+
+#include "engine/LargeStack.h"
+#include "tests/pdf/PdfFiles.h"
+
+namespace zavo::pdf {
+namespace {
+
+// `text` with the only occurrence of `from` replaced.
+std::string Replaced(std::string text, const std::string& from, const std::string& to) {
+    const std::size_t place = text.find(from);
+    EXPECT_NE(place, std::string::npos) << from;
+    EXPECT_EQ(text.find(from, place + 1), std::string::npos) << from;
+    return text.replace(place, from.size(), to);
+}
+
+TEST(Document, ReadsTablesStreamsAndHybrids) {
+    for (const Form form : {Form::Table, Form::Stream, Form::Hybrid}) {
+        PdfMaker maker;
+        maker.more = {"(four)", "(five)"};
+        const auto document = Document::FromBytes(maker.Make(form));
+        EXPECT_TRUE(document->IsPlain()) << static_cast<int>(form);
+        EXPECT_EQ(document->Resolve("4 0 R"), "(four)") << static_cast<int>(form);
+        EXPECT_EQ(document->Resolve("5 0 R"), "(five)") << static_cast<int>(form);
+        EXPECT_EQ(document->CrossReference().isStream, form == Form::Stream) << static_cast<int>(form);
+        EXPECT_EQ(document->CrossReference().count, form == Form::Hybrid ? 2u : 1u) << static_cast<int>(form);
+    }
+}
+
+TEST(Document, NewerSectionsHideOlderOnes) {
+    PdfMaker maker;
+    maker.more = {"(old)", "(kept)"};
+    std::string pdf = maker.Make();
+    const std::size_t start = pdf.rfind("startxref") + 10;
+    const std::string previous = pdf.substr(start, pdf.find('\n', start) - start);
+    const std::string object = std::to_string(pdf.size());
+    pdf += "4 0 obj\n(new)\nendobj\n";
+    const std::string section = std::to_string(pdf.size());
+    pdf += "xref\n4 1\n" + std::string(10 - object.size(), '0') + object + " 00000 n \ntrailer\n<</Size 6/Root 1 0 R/Prev " +
+           previous + ">>\nstartxref\n" + section + "\n%%EOF\n";
+    const auto document = Document::FromBytes(pdf);
+    EXPECT_TRUE(document->IsPlain());
+    EXPECT_EQ(document->Resolve("4 0 R"), "(new)");
+    EXPECT_EQ(document->Resolve("5 0 R"), "(kept)");
+    EXPECT_EQ(document->CrossReference().count, 2u);
+    EXPECT_EQ(document->CrossReference().newest, std::stoull(section));
+}
+
+TEST(Document, DamagedFilesAreRepairedOnce) {
+    PdfMaker maker;
+    maker.more = {"(four)"};
+    const std::string good = maker.Make();
+    const std::string bad[] = {
+        Replaced(good, "startxref\n", "startxref\n9"),
+        "junk before\n" + good,
+        good.substr(0, good.rfind("startxref")),
+        Replaced(good, "4 0 obj", "4 0 obk"),
+        Replaced(good, "%PDF-1.7", "%PDF-1.7\n\n"),
+    };
+    for (const std::string& pdf : bad) {
+        const auto document = Document::FromBytes(pdf);
+        EXPECT_FALSE(document->IsPlain());
+        EXPECT_TRUE(document->Catalog().Has("Pages")) << pdf;
+        EXPECT_THROW(document->Repair(), PdfError);
+    }
+}
+
+TEST(Document, WhatIsNoPdfThrows) {
+    const std::string good = PdfMaker().Make();
+    for (const std::string& bytes :
+         {std::string(), std::string("%PDF-1.7\n"), std::string("just text"), std::string("PK\3\4 a zip"),
+          std::string(100000, '\0'), good.substr(0, 30)}) {
+        EXPECT_THROW(Document::FromBytes(bytes), PdfError) << bytes.substr(0, 20);
+    }
+}
+
+TEST(Document, SectionsThatGoInCirclesEnd) {
+    std::string pdf = PdfMaker().Make();
+    const std::size_t start = pdf.rfind("startxref") + 10;
+    const std::string own = pdf.substr(start, pdf.find('\n', start) - start);
+    const auto document = Document::FromBytes(Replaced(pdf, "/Root 1 0 R", "/Root 1 0 R/Prev " + own));
+    EXPECT_FALSE(document->IsPlain());  // repaired: the sections were found again
+}
+
+TEST(Document, ReferencesThatGoInCirclesAreNull) {
+    PdfMaker maker;
+    maker.more = {"5 0 R", "4 0 R", "6 0 R"};
+    const auto document = Document::FromBytes(maker.Make());
+    EXPECT_EQ(document->Resolve("4 0 R"), "null");
+    EXPECT_EQ(document->Resolve("6 0 R"), "null");
+    EXPECT_EQ(document->Resolve("99 0 R"), "null");
+    EXPECT_EQ(document->Resolve("0 0 R"), "null");
+}
+
+TEST(Document, ObjectStreamWhoseLengthIsInsideItDoesNoHarm) {
+    std::string pdf = PdfMaker().Make(Form::Stream);
+    const std::size_t place = pdf.find("/Type/ObjStm");
+    const std::size_t length = pdf.find("/Length ", place) + 8;
+    const std::size_t end = pdf.find('>', length);
+    // As many characters as before, because the places of the others have to hold.
+    std::string entries = pdf.substr(place + 12, length - place - 12) + "1 0 R";
+    entries.resize(end - place, ' ');
+    pdf.replace(place, end - place, entries);
+    try {
+        EXPECT_FALSE(Document::FromBytes(pdf)->IsPlain());
+    } catch (const PdfError&) {
+    }
+}
+
+TEST(Document, HugeObjectNumbersCostNothing) {
+    const std::string pdf = PdfMaker().Make();
+    for (const char* const start : {"8388600", "4294967295", "99999999999999999999"}) {
+        const std::string bad = Replaced(pdf, "xref\n0 4\n", std::string("xref\n") + start + " 4\n");
+        try {
+            const auto document = Document::FromBytes(bad);
+            EXPECT_LT(document->ObjectLimit(), 100u);  // repaired
+        } catch (const PdfError&) {
+        }
+    }
+}
+
+TEST(Document, StreamNeedsItsRightLength) {
+    const auto make = [](const std::string& length) {
+        PdfMaker maker;
+        maker.more = {"<</Length " + length + ">>\nstream\n12345\nendstream", "5"};
+        return Document::FromBytes(maker.Make());
+    };
+    EXPECT_EQ(make("5")->Read(4).stream, "12345");
+    EXPECT_EQ(make("5 0 R")->Read(4).stream, "12345");
+    for (const char* const length : {"3", "7", "-1", "99999999", "4 0 R", "99 0 R", "(5)"}) {
+        EXPECT_THROW(make(length)->Read(4), PdfError) << length;
+    }
+}
+
+TEST(Document, PasswordIsAskedForWhereThereIsOne) {
+    const TestFolder folder;
+    const auto plain = folder.MakeFile("plain.pdf", PdfMaker().Make());
+    const struct {
+        const char* passwords;
+        const char* name;
+    } cases[] = {{"'' o", "open.pdf"}, {"u o", "shut.pdf"}};
+    for (const auto& c : cases) {
+        const Ran ran = Shell("qpdf --encrypt " + std::string(c.passwords) + " 256 -- " + Quoted(plain) + " " +
+                              Quoted(folder.Path(c.name)));
+        ASSERT_EQ(ran.code, 0) << ran.output;
+    }
+    const auto open = Document::Open(folder.Path("open.pdf"), "");
+    EXPECT_FALSE(open->IsPlain());
+    EXPECT_TRUE(open->Catalog().Has("Pages"));
+    EXPECT_THROW(Document::Open(folder.Path("shut.pdf"), ""), PdfError);
+    EXPECT_TRUE(Document::Open(folder.Path("shut.pdf"), "u")->Catalog().Has("Pages"));
+}
+
+TEST(Document, BytesComeBackAfterRelease) {
+    const TestFolder folder;
+    PdfMaker maker;
+    maker.more = {"(four)", "<</Length 300000>>\nstream\n" + std::string(300000, 'x') + "\nendstream"};
+    const auto document = Document::Open(folder.MakeFile("a.pdf", maker.Make()), "");
+    EXPECT_EQ(document->Resolve("4 0 R"), "(four)");
+    const auto place = static_cast<std::uint64_t>(document->Read(5).stream.data() - document->Bytes().data());
+    document->ReleaseBytes();
+    EXPECT_TRUE(document->EqualAt(place, std::string(300000, 'x')));
+    EXPECT_FALSE(document->EqualAt(place + 1, std::string(300000, 'x')));
+    EXPECT_EQ(document->Resolve("4 0 R"), "(four)");
+}
+
+TEST(Document, DeepNestingAndLongChainsNeedOneMegabyteOfStack) {
+    RunWithStack(std::size_t{1} << 20, [] {
+        PdfMaker maker;
+        maker.more = {std::string(100000, '[') + std::string(100000, ']')};
+        EXPECT_TRUE(Document::FromBytes(maker.Make())->IsPlain());
+    });
+}
+
+}  // namespace
+}  // namespace zavo::pdf

@@ -1,0 +1,327 @@
+// Merging: order, names, damage, and files that are made to harm. What a merge keeps of real documents is checked on a
+// corpus of them.
+#include "engine/Merge.h"
+
+#include <gtest/gtest.h>
+
+#include "engine/LargeStack.h"
+#include "engine/Trees.h"
+#include "tests/pdf/PdfFiles.h"
+
+namespace zavo::pdf {
+namespace {
+
+class Merge : public testing::Test {
+protected:
+    void Add(const std::string& bytes, const MergeOptions& options = {}) {
+        const auto path = folder_.MakeFile("input " + std::to_string(++count_) + ".pdf", bytes);
+        merger_.Add(Document::Open(path, ""), options);
+    }
+    void Add(const PdfMaker& maker) { Add(maker.Make()); }
+
+    std::unique_ptr<Document> Save() {
+        merger_.Save(Out());
+        ExpectSound(Out());
+        return Document::Open(Out(), "");
+    }
+    std::filesystem::path Out() const { return folder_.Path("out.pdf"); }
+
+    // The titles of the bookmarks' top level, UTF-8.
+    static std::vector<std::string> Titles(Document& document) {
+        std::vector<std::string> titles;
+        const Dict outlines = document.ResolveDict(document.Catalog().Find("Outlines"));
+        for (std::string item(outlines.Find("First")); !item.empty();) {
+            const Dict bookmark = document.ResolveDict(item);
+            titles.push_back(TextToUtf8(DecodeString(document.Resolve(bookmark.Find("Title")))));
+            item = std::string(bookmark.Find("Next"));
+        }
+        return titles;
+    }
+    static std::vector<std::string> FieldNames(Document& document) {
+        std::vector<std::string> names;
+        const Dict form = document.ResolveDict(document.Catalog().Find("AcroForm"));
+        for (const std::string_view field : ArrayItems(document.Resolve(form.Find("Fields")))) {
+            names.push_back(TextToUtf8(DecodeString(document.ResolveDict(field).Find("T"))));
+        }
+        return names;
+    }
+    static std::vector<std::string> TreeNames(Document& document, const char* category) {
+        std::vector<std::string> names;
+        const Dict trees = document.ResolveDict(document.Catalog().Find("Names"));
+        VisitNameTree(document, trees.Find(category),
+                      [&](std::string_view name, std::string_view) { names.push_back(DecodeString(name)); });
+        return names;
+    }
+
+    TestFolder folder_;
+    Merger merger_;
+    int count_ = 0;
+};
+
+// A document with one bookmark, one field and a link to a named destination.
+PdfMaker Rich(const std::string& name) {
+    PdfMaker maker;
+    maker.catalogMore = "/Outlines 4 0 R/AcroForm<</Fields[6 0 R]/DA(/F 0 Tf)>>/Names<</Dests<</Names[(top)[3 0 R/Fit]]>>>>";
+    maker.more = {"<</First 5 0 R/Last 5 0 R/Count 1>>",
+                  "<</Title(" + name + ")/Parent 4 0 R/Dest(top)>>",
+                  "<</FT/Tx/T(Name)/V(" + name + ")>>",
+                  "<</Type/Annot/Subtype/Link/Rect[0 0 9 9]/A<</D(top)/S/GoTo>>>>",
+                  "<</Type/Annot/Subtype/Link/Rect[0 0 9 9]/A<</S/GoToR/F(x.pdf)/D(top)>>>>"};
+    return maker;
+}
+
+TEST_F(Merge, BookmarksOfAllInputsInOrderAndTheFilesNameWhereThereAreNone) {
+    Add(Rich("one"));
+    Add(PdfMaker());
+    Add(PdfMaker().Make(), {true, true, "A title"});
+    Add(Rich("four"));
+    const auto document = Save();
+    EXPECT_EQ(Titles(*document), (std::vector<std::string>{"one", "input 2", "A title", "four"}));
+    const Dict outlines = document->ResolveDict(document->Catalog().Find("Outlines"));
+    EXPECT_EQ(outlines.Find("Count"), "4");
+    const Dict last = document->ResolveDict(outlines.Find("Last"));
+    EXPECT_EQ(last.Find("Title"), "(four)");
+    EXPECT_TRUE(last.Has("Prev"));
+}
+
+TEST_F(Merge, BookmarksThatGoInCirclesEnd) {
+    PdfMaker maker;
+    maker.catalogMore = "/Outlines 4 0 R";
+    maker.more = {"<</First 5 0 R/Last 6 0 R/Count 2>>", "<</Title(a)/Parent 4 0 R/Next 6 0 R/Prev 6 0 R>>",
+                  "<</Title(b)/Parent 4 0 R/Prev 5 0 R/Next 5 0 R>>"};
+    Add(maker);
+    Add(maker);
+    const auto document = Save();
+    EXPECT_EQ(Titles(*document), (std::vector<std::string>{"a", "b", "a", "b"}));
+}
+
+TEST_F(Merge, EqualNamesBecomeUnique) {
+    for (int i = 0; i < 3; ++i) Add(Rich("x"));
+    const auto document = Save();
+    EXPECT_EQ(FieldNames(*document), (std::vector<std::string>{"Name", "Name+1", "Name+2"}));
+    EXPECT_EQ(TreeNames(*document, "Dests"), (std::vector<std::string>{"top", "top#2", "top#3"}));
+    std::string dests;
+    const Dict outlines = document->ResolveDict(document->Catalog().Find("Outlines"));
+    for (std::string item(outlines.Find("First")); !item.empty();) {
+        const Dict bookmark = document->ResolveDict(item);
+        dests += bookmark.Find("Dest");
+        item = std::string(bookmark.Find("Next"));
+    }
+    EXPECT_EQ(dests, "(top)(top#2)(top#3)");
+}
+
+TEST_F(Merge, OnlyGoToActionsFollowARenamedDestination) {
+    PdfMaker maker = Rich("x");
+    maker.catalogMore += "/OpenAction<</S/GoTo/D(top)/Next<</D(top)/S/GoToR/F(y.pdf)>>>>/AF[7 0 R 8 0 R]";
+    Add(Rich("first"));
+    Add(maker);
+    const auto document = Save();
+    const std::vector<std::string_view> actions = ArrayItems(document->Resolve(document->Catalog().Find("AF")));
+    ASSERT_EQ(actions.size(), 2u);
+    EXPECT_EQ(document->ResolveDict(document->ResolveDict(actions[0]).Find("A")).Find("D"), "(top#2)");
+    EXPECT_EQ(document->ResolveDict(document->ResolveDict(actions[1]).Find("A")).Find("D"), "(top)");
+}
+
+TEST_F(Merge, NameThatIsNoStringFindsItsDestinationToo) {
+    PdfMaker maker;
+    maker.catalogMore = "/Dests<</top[3 0 R/Fit]>>/AF[4 0 R]/Names<</Dests<</Names[(top)[3 0 R/FitB]]>>>>";
+    maker.more = {"[<</Dest/top>><</Dest(top)>><</Dest/none>>]"};
+    Add(maker);
+    const auto document = Save();
+    const std::vector<std::string_view> links = ArrayItems(document->Resolve(document->Catalog().Find("AF")));
+    ASSERT_EQ(links.size(), 1u);
+    EXPECT_EQ(document->Resolve(links[0]), "[<</Dest(top#2)>><</Dest(top)>><</Dest(none#0)>>]");
+}
+
+TEST_F(Merge, LinkThatLedNowhereLeadsToNoOtherInput) {
+    PdfMaker maker;
+    maker.catalogMore = "/AF[4 0 R]";
+    maker.more = {"<</Dest(top)>>"};
+    Add(maker);
+    Add(Rich("has top"));
+    const auto document = Save();
+    const std::vector<std::string_view> links = ArrayItems(document->Resolve(document->Catalog().Find("AF")));
+    EXPECT_EQ(document->ResolveDict(links.at(0)).Find("Dest"), "(top#0)");
+}
+
+TEST_F(Merge, WithoutBookmarksAndFieldsThereAreNone) {
+    Add(Rich("x").Make(), {false, false, {}});
+    const auto document = Save();
+    EXPECT_FALSE(document->Catalog().Has("Outlines"));
+    EXPECT_FALSE(document->Catalog().Has("AcroForm"));
+}
+
+TEST_F(Merge, FlagsHoldForTheirInputOnly) {
+    Add(Rich("a").Make(), {false, true, {}});
+    Add(Rich("b").Make(), {true, false, {}});
+    const auto document = Save();
+    EXPECT_EQ(Titles(*document), std::vector<std::string>{"b"});
+    EXPECT_EQ(FieldNames(*document), std::vector<std::string>{"Name"});
+}
+
+TEST_F(Merge, SignaturesGoAndTheirFieldsStay) {
+    PdfMaker maker;
+    maker.catalogMore = "/AcroForm<</Fields[4 0 R]/SigFlags 3>>/Perms<</DocMDP 6 0 R>>";
+    maker.more = {"<</T(s)/FT/Sig/Kids[5 0 R]>>", "<</Parent 4 0 R/T(k)/V 6 0 R>>",
+                  "<</Type/Sig/ByteRange[0 1 2 3]/Contents<00>>>"};
+    Add(maker);
+    const auto document = Save();
+    EXPECT_EQ(FieldNames(*document), std::vector<std::string>{"s"});
+    EXPECT_EQ(ReadBytes(Out()).find("ByteRange"), std::string::npos);
+    const Dict form = document->ResolveDict(document->Catalog().Find("AcroForm"));
+    EXPECT_FALSE(form.Has("SigFlags"));
+    EXPECT_FALSE(document->Catalog().Has("Perms"));
+    const Dict field = document->ResolveDict(ArrayItems(form.Find("Fields")).at(0));
+    const Dict kid = document->ResolveDict(ArrayItems(field.Find("Kids")).at(0));
+    EXPECT_EQ(kid.Find("T"), "(k)");
+    EXPECT_FALSE(kid.Has("V"));
+}
+
+TEST_F(Merge, EqualResourcesAreStoredOnce) {
+    PdfMaker maker;
+    maker.catalogMore = "/AF[6 0 R]";
+    maker.more = {"<</Type/Font/Subtype/Type1/BaseFont/Helvetica/FontDescriptor 5 0 R>>",
+                  "<</FontFile 7 0 R/Flags 4>>", "<</Font<</F1 4 0 R>>/Own 8 0 R>>",
+                  "<</Length 5>>\nstream\nabcde\nendstream", "<</Other 1>>"};
+    for (int i = 0; i < 3; ++i) Add(maker);
+    const auto document = Save();
+    std::set<std::string> fonts;
+    std::set<std::string> others;
+    for (const std::string_view item : ArrayItems(document->Resolve(document->Catalog().Find("AF")))) {
+        const Dict resources = document->ResolveDict(item);
+        fonts.emplace(Dict(resources.Find("Font")).Find("F1"));
+        others.emplace(resources.Find("Own"));
+    }
+    EXPECT_EQ(fonts.size(), 1u);
+    EXPECT_EQ(others.size(), 3u);  // what is no resource belongs to its document
+}
+
+TEST_F(Merge, ResourcesThatGoInCirclesAreCopied) {
+    PdfMaker maker;
+    maker.catalogMore = "/AF[4 0 R]";
+    maker.more = {"<</Font<</F 5 0 R>>>>", "<</Encoding 6 0 R>>", "<</Encoding 5 0 R/SMask 6 0 R>>"};
+    Add(maker);
+    Add(maker);
+    const auto document = Save();
+    const Dict holder = document->ResolveDict(ArrayItems(document->Resolve(document->Catalog().Find("AF"))).at(1));
+    const std::string font(Dict(holder.Find("Font")).Find("F"));
+    const Dict encoding = document->ResolveDict(document->ResolveDict(font).Find("Encoding"));
+    EXPECT_EQ(encoding.Find("Encoding"), font);
+}
+
+TEST_F(Merge, PageThatStandsInTheTreeTwiceIsThereTwice) {
+    const std::string pdf = PdfMaker().Make();
+    std::string twice = pdf;
+    twice.replace(twice.find("/Kids[3 0 R]/Count 1"), 20, "/Kids[3 0 R 3 0 R]  ");
+    // The table's places are wrong now, so that the file is repaired first.
+    merger_.Add(Document::FromBytes(twice), {});
+    const auto document = Save();
+    EXPECT_EQ(document->ResolveDict(document->Catalog().Find("Pages")).Find("Count"), "2");
+}
+
+TEST_F(Merge, ThousandsOfPagesHaveABalancedTree) {
+    for (int i = 0; i < 2600; ++i) merger_.Add(Document::FromBytes(PdfMaker().Make()), {});
+    const auto document = Save();
+    const Dict root = document->ResolveDict(document->Catalog().Find("Pages"));
+    EXPECT_EQ(root.Find("Count"), "2600");
+    EXPECT_EQ(ArrayItems(root.Find("Kids")).size(), 2u);
+}
+
+TEST_F(Merge, StreamWithAWrongLengthIsRepaired) {
+    PdfMaker maker;
+    maker.more = {"<</Length 3>>\nstream\nq Q q Q\nendstream"};
+    std::string bytes = maker.Make();
+    bytes.replace(bytes.find("/Resources<<>>"), 14, "/Contents 4 0 R");  // one byte more, taken from below
+    bytes.replace(bytes.find("200 200"), 7, "200 20");
+    Add(PdfMaker());
+    Add(bytes);
+    Add(PdfMaker());
+    const auto document = Save();
+    EXPECT_EQ(document->ResolveDict(document->Catalog().Find("Pages")).Find("Count"), "3");
+    const Ran text = Shell("qpdf --show-object=trailer " + Quoted(Out()));
+    EXPECT_EQ(text.code, 0) << text.output;
+    EXPECT_EQ(Titles(*document), (std::vector<std::string>{"input 1", "input 2", "input 3"}));
+}
+
+TEST_F(Merge, NothingToMergeWritesNothing) {
+    EXPECT_THROW(merger_.Save(Out()), PdfError);
+    EXPECT_TRUE(folder_.Names().empty());
+}
+
+TEST_F(Merge, FailureLeavesTheOldFile) {
+    folder_.MakeFile("out.pdf", "the old file");
+    EXPECT_THROW(merger_.Save(Out()), PdfError);
+    EXPECT_EQ(ReadBytes(Out()), "the old file");
+    merger_.Add(Document::FromBytes(PdfMaker().Make()), {});
+    EXPECT_THROW(merger_.Save(folder_.Path("no folder") / "out.pdf"), FileError);
+    EXPECT_EQ(folder_.Names(), std::set<std::string>{"out.pdf"});
+    merger_.Save(Out());
+    ExpectSound(Out());
+}
+
+TEST_F(Merge, SameInputsGiveTheSameBytes) {
+    for (int i = 0; i < 5; ++i) Add(Rich("x"));
+    merger_.Save(Out());
+    const std::string first = ReadBytes(Out());
+    merger_.Save(Out());
+    EXPECT_EQ(ReadBytes(Out()), first);
+}
+
+TEST_F(Merge, DocumentMayBeThereTwice) {
+    const std::shared_ptr<Document> document = Document::FromBytes(Rich("x").Make());
+    merger_.Add(document, {});
+    merger_.Add(document, {});
+    EXPECT_EQ(FieldNames(*Save()), (std::vector<std::string>{"Name", "Name+1"}));
+}
+
+// What a stranger can make to exhaust a stack: chains of everything that leads on to something.
+TEST_F(Merge, LongChainsCostNoStack) {
+    constexpr int length = 100000;
+    const auto chain = [](const std::string& before, const std::string& after) {
+        std::vector<std::string> objects;
+        for (int i = 0; i < length; ++i) {
+            objects.push_back("<<" + before + std::to_string(i + 5) + " 0 R" + after + ">>");
+        }
+        objects.push_back("<</End true>>");
+        return objects;
+    };
+    const struct {
+        const char* catalog;
+        std::vector<std::string> objects;
+    } cases[] = {
+        {"/OpenAction 4 0 R", chain("/S/GoTo/D[3 0 R/Fit]/Next ", "")},
+        {"/Outlines<</First 4 0 R>>", chain("/Title(x)/Next ", "")},
+        {"/Outlines<</First 4 0 R>>", chain("/Title(x)/First ", "")},
+        {"/AcroForm<</Fields[4 0 R]>>", chain("/T(x)/Kids[", "]")},
+        {"/StructTreeRoot<</K 4 0 R>>", chain("/S/P/K ", "")},
+        {"/AF[4 0 R]", chain("/SMask ", "")},
+        {"/AF[4 0 R]", chain("/Font<</F ", ">>")},
+        {"/Names<</Dests 4 0 R>>", chain("/Kids[", "]")},
+        {"/PageLabels 4 0 R", chain("/Kids[", "]")},
+        {"/Threads[4 0 R]", chain("/N ", "/V 3 0 R")},
+    };
+    RunWithStack(std::size_t{1} << 20, [&] {
+        for (const auto& c : cases) {
+            PdfMaker maker;
+            maker.catalogMore = c.catalog;
+            maker.more = c.objects;
+            Merger merger;
+            merger.Add(Document::FromBytes(maker.Make()), {});
+            merger.Save(Out());
+            EXPECT_TRUE(Document::Open(Out(), "")->IsPlain()) << c.objects[0];
+        }
+    });
+}
+
+TEST_F(Merge, ObjectsThatAreMissingAreNull) {
+    PdfMaker maker;
+    maker.catalogMore = "/AF[4 0 R]/Outlines 99 0 R/AcroForm 98 0 R/Names<</Dests 97 0 R>>/StructTreeRoot 96 0 R";
+    maker.more = {"[95 0 R 0 0 R 99999999 0 R (x)]"};
+    Add(maker);
+    const auto document = Save();
+    const std::vector<std::string_view> items = ArrayItems(document->Resolve(document->Catalog().Find("AF")));
+    EXPECT_EQ(document->Resolve(items.at(0)), "[null null null (x)]");
+}
+
+}  // namespace
+}  // namespace zavo::pdf
