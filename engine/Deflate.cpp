@@ -158,7 +158,7 @@ std::string UndoPredictor(std::string_view bytes, int predictor, int colors, int
 }
 
 bool LooksCompressible(std::string_view bytes) {
-    constexpr std::size_t window = 64 * 1024;
+    constexpr std::size_t window = std::size_t{64} << 10;
     std::array<std::string_view, 3> samples = {bytes};
     if (bytes.size() > samples.size() * window) {
         samples = {bytes.substr(0, window), bytes.substr((bytes.size() - window) / 2, window),
@@ -175,7 +175,7 @@ bool LooksCompressible(std::string_view bytes) {
 
 struct DeflateStream::State {
     z_stream stream = {};
-    std::array<char, 64 * 1024> packed;
+    std::array<char, std::size_t{64} << 10> packed;
 };
 
 DeflateStream::DeflateStream(int level) : state_(std::make_unique_for_overwrite<State>()) {
@@ -196,7 +196,7 @@ void DeflateStream::Finish(const Sink& sink) { Run({}, true, sink); }
 
 void DeflateStream::Run(std::string_view bytes, bool finish, const Sink& sink) {
     z_stream& stream = state_->stream;
-    std::array<char, 64 * 1024>& packed = state_->packed;
+    auto& packed = state_->packed;
     // zlib does not write to its input; its interface says so only when it is compiled with ZLIB_CONST.
     stream.next_in = reinterpret_cast<Bytef*>(const_cast<char*>(bytes.data()));
     stream.avail_in = static_cast<uInt>(bytes.size());

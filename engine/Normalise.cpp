@@ -71,10 +71,7 @@ public:
 
 private:
     // It falls with each call.
-    static std::intptr_t StackPosition() {
-        const volatile char here = 0;
-        return reinterpret_cast<std::intptr_t>(&here);
-    }
+    static std::intptr_t StackPosition() { return reinterpret_cast<std::intptr_t>(__builtin_frame_address(0)); }
 
     std::intptr_t start_;
 };
