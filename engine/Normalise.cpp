@@ -2,12 +2,8 @@
 // on a thread with a large stack.
 #include "engine/Normalise.h"
 
-#include <algorithm>
-#include <chrono>
 #include <cstddef>
 #include <exception>
-#include <iomanip>
-#include <map>
 #include <memory>
 #include <new>
 #include <qpdf/Buffer.hh>
@@ -19,8 +15,8 @@
 #include <qpdf/QPDFLogger.hh>
 #include <qpdf/QPDFWriter.hh>
 #include <set>
-#include <sstream>
 
+#include "engine/Dates.h"
 #include "engine/LargeStack.h"
 
 namespace zavo::pdf {
@@ -123,22 +119,6 @@ void Write(QPDFWriter& writer, const Sink& sink, HeldException& held) {
     writer.write();
 }
 
-// A date of the years that four digits can name; empty for any other.
-std::string PdfDate(std::int64_t seconds) {
-    constexpr std::int64_t yearTenThousand = 253402300800;
-    if (seconds < 0 || seconds >= yearTenThousand) return {};
-    const std::chrono::sys_seconds time{std::chrono::seconds(seconds)};
-    const auto day = std::chrono::floor<std::chrono::days>(time);
-    const std::chrono::year_month_day date(day);
-    const std::chrono::hh_mm_ss clock(time - day);
-    std::ostringstream text;
-    text << "D:" << std::setfill('0') << std::setw(4) << static_cast<int>(date.year());
-    text << std::setw(2) << static_cast<unsigned>(date.month()) << std::setw(2) << static_cast<unsigned>(date.day());
-    text << std::setw(2) << clock.hours().count() << std::setw(2) << clock.minutes().count();
-    text << std::setw(2) << clock.seconds().count() << 'Z';
-    return text.str();
-}
-
 // The name for readers that know ASCII only: each other character becomes "_".
 std::string AsciiName(std::string_view utf8) {
     constexpr unsigned char firstContinuation = 0x80;
@@ -170,9 +150,9 @@ QPDFObjectHandle MakeContent(QPDF& pdf, const QpdfAttachment& attachment, HeldEx
     QPDFObjectHandle params = QPDFObjectHandle::newDictionary();
     params.replaceKey("/Size", QPDFObjectHandle::newInteger(static_cast<long long>(attachment.size)));
     if (!attachment.md5.empty()) params.replaceKey("/CheckSum", QPDFObjectHandle::newString(attachment.md5));
-    const std::string created = PdfDate(attachment.created);
+    const std::string created = DateText(attachment.created);
     if (!created.empty()) params.replaceKey("/CreationDate", QPDFObjectHandle::newString(created));
-    const std::string modified = PdfDate(attachment.modified);
+    const std::string modified = DateText(attachment.modified);
     if (!modified.empty()) params.replaceKey("/ModDate", QPDFObjectHandle::newString(modified));
 
     QPDFObjectHandle stream = pdf.newStream();
