@@ -143,7 +143,7 @@ class CommandLine(EngineTest):
             self.assertEqual(self.attachments(box), {"mail.pdf": b"abc"})
             code, _, errors = run("portfolio", box)
             self.assertEqual(code, 1)
-            self.assertRegex(errors, r"\Azavopdf: .*: exists already\n\Z")
+            self.assertRegex(errors, r"\Azavopdf: .*: exists already\n?\Z")
             self.assertEqual(self.attachments(box), {"mail.pdf": b"abc"})
 
 
