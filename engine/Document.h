@@ -69,22 +69,22 @@ public:
     std::string Decode(const Object& stream, std::size_t limit);
 
     const std::string& Version() const { return version_; }  // of the PDF format, as in "1.7"
-    const Dict& Trailer() const { return trailer_; }  // of the newest section
+    const Dict& Trailer() const { return trailer_; }         // of the newest section
     Reference Root() const { return root_; }
     Dict Catalog() { return ResolveDict(rootText_); }
 
     // What a section appended to the file has to fit to.
     struct Sections {
-        std::uint64_t newest = 0;    // offset of the newest cross-reference section
-        unsigned count = 0;          // sections in the chain, those of hybrid files included
-        bool isStream = false;       // whether the newest is a stream
-        std::uint32_t size = 0;      // /Size
+        std::uint64_t newest = 0;  // offset of the newest cross-reference section
+        unsigned count = 0;        // sections in the chain, those of hybrid files included
+        bool isStream = false;     // whether the newest is a stream
+        std::uint32_t size = 0;    // /Size
     };
     const Sections& CrossReference() const { return sections_; }
     enum class Kind : std::uint8_t { Unset, Free, Plain, InStream };
     struct Entry {
-        std::uint64_t place = 0;       // Plain: offset in the file; InStream: number of the object stream
-        std::uint32_t detail = 0;      // Plain and Free: generation; InStream: index in the stream
+        std::uint64_t place = 0;   // Plain: offset in the file; InStream: number of the object stream
+        std::uint32_t detail = 0;  // Plain and Free: generation; InStream: index in the stream
         Kind kind = Kind::Unset;
     };
     const Entry& EntryOf(std::uint32_t number) const { return entries_[number]; }
@@ -92,8 +92,8 @@ public:
     std::uint64_t FileSize() const { return size_; }
     // The file's own bytes, or those of the repaired copy. Read when they are first needed after ReleaseBytes.
     std::string_view Bytes();
-    // Gives back the memory of the bytes and of what was unpacked from them, as far as it can be read again and is worth
-    // reading again. Ends views.
+    // Gives back the memory of the bytes and of what was unpacked from them, as far as it can be read again and is
+    // worth reading again. Ends views.
     void ReleaseBytes();
     // Closes the file, so that it can be replaced; nothing may be read after it.
     void CloseFile();

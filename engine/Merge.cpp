@@ -2,6 +2,8 @@
 #include "engine/Merge.h"
 
 #include <algorithm>
+#include <set>
+#include <string>
 
 #include "engine/ObjectCopier.h"
 #include "engine/ObjectWriter.h"
@@ -17,8 +19,8 @@ namespace zavo::pdf {
 namespace {
 
 // What the merged file's catalog takes from its first input.
-constexpr std::string_view firstInputsEntries[] = {"AA",       "Lang",       "Metadata",  "OpenAction",
-                                                   "PageMode", "PageLayout", "PieceInfo", "OutputIntents",
+constexpr std::string_view firstInputsEntries[] = {"AA",       "Lang",       "Metadata",         "OpenAction",
+                                                   "PageMode", "PageLayout", "PieceInfo",        "OutputIntents",
                                                    "URI",      "Extensions", "ViewerPreferences"};
 // Catalog entries that are lists, of which the merged file has all inputs' items.
 constexpr std::string_view lists[] = {"AF", "Threads"};
@@ -26,8 +28,12 @@ constexpr std::string_view lists[] = {"AF", "Threads"};
 // One pass over all inputs into one file.
 class MergePass {
 public:
-    MergePass(ReplacementFile& file, std::string_view version)
-        : writer_(file, version), catalog_(writer_.Allocate()), pages_(writer_), outlines_(writer_), tags_(writer_) {}
+    MergePass(ReplacementFile& file, std::string_view version, const std::set<std::string>& plainRoles)
+        : writer_(file, version),
+          catalog_(writer_.Allocate()),
+          pages_(writer_),
+          outlines_(writer_),
+          tags_(writer_, plainRoles) {}
 
     // Throws PdfError where the document is damaged; then the pass goes on, but its file is of no use.
     void Add(Document& document, const MergeOptions& options, bool isLastWithBookmarks) {
@@ -57,7 +63,10 @@ public:
             }
         }
         copier.Run();
+        tags_.NoteUsedRoles(copier);
     }
+
+    const std::set<std::string>& LatePlainRoles() const { return tags_.LatePlainRoles(); }
 
     void Finish() {
         std::string catalog = "<</Type/Catalog" + pages_.Finish(writer_);
@@ -131,8 +140,10 @@ std::vector<Merger::Input> Merger::RepairDamaged(const std::vector<Input>& input
 
 void Merger::Save(const std::filesystem::path& path) {
     std::vector<Input> inputs = inputs_;
+    std::set<std::string> plainRoles;
     // A pass that meets damage goes on, to find all of it at once; then the damaged inputs are repaired and the next
-    // pass starts. What is damaged even so is left out.
+    // pass starts. What is damaged even so is left out. The same for structure types that one input maps and a later
+    // one uses as they are.
     for (;;) {
         std::string version = "1.5";  // object streams need it
         for (const Input& input : inputs) version = std::max(version, input.document->Version());
@@ -141,23 +152,24 @@ void Merger::Save(const std::filesystem::path& path) {
                                        [](const Input& input) { return input.options.keepBookmarks; });
 
         ReplacementFile file(path);
-        MergePass pass(file, version);
+        MergePass pass(file, version, plainRoles);
         std::vector<bool> isDamaged(inputs.size());
         for (std::size_t i = 0; i < inputs.size(); ++i) {
             try {
-                pass.Add(*inputs[i].document, inputs[i].options,
-                         last != inputs.rend() && &inputs[i] == &*last);
+                pass.Add(*inputs[i].document, inputs[i].options, last != inputs.rend() && &inputs[i] == &*last);
             } catch (const PdfError&) {
                 isDamaged[i] = true;
             }
             inputs[i].document->ReleaseBytes();
         }
-        if (std::find(isDamaged.begin(), isDamaged.end(), true) == isDamaged.end()) {
+        const bool anyDamaged = std::find(isDamaged.begin(), isDamaged.end(), true) != isDamaged.end();
+        if (!anyDamaged && pass.LatePlainRoles().empty()) {
             pass.Finish();
             file.Commit();
             return;
         }
-        inputs = RepairDamaged(inputs, isDamaged);
+        plainRoles.insert(pass.LatePlainRoles().begin(), pass.LatePlainRoles().end());
+        if (anyDamaged) inputs = RepairDamaged(inputs, isDamaged);
     }
 }
 

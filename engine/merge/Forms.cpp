@@ -44,8 +44,8 @@ void MergedForms::TakeResources(ObjectCopier& copier, std::string_view resources
         for (const Dict::Entry& member : membersDict.Entries()) {
             const std::string name = DecodeName(member.key);
             // The key tells the copier that this is a resource, so that equal ones get one number.
-            std::string value = copier.Rewrite("<<" + std::string(category.key) + "<</X " +
-                                               std::string(member.value) + ">>>>");
+            std::string value =
+                copier.Rewrite("<<" + std::string(category.key) + "<</X " + std::string(member.value) + ">>>>");
             value = value.substr(value.find("/X ") + 3);
             value.resize(value.size() - 4);
             const auto [known, isNew] = ours.emplace(name, value);
@@ -77,8 +77,7 @@ void MergedForms::WalkFields(ObjectCopier& copier) {
         const std::optional<Reference> reference = ParseReference(next.value);
         if (!reference || !seen.insert(reference->number).second) continue;
         const Dict field = document.ResolveDict(next.value);
-        const bool isSignature =
-            field.Has("FT") ? IsName(document.Resolve(field.Find("FT")), "Sig") : next.isSignature;
+        const bool isSignature = field.Has("FT") ? IsName(document.Resolve(field.Find("FT")), "Sig") : next.isSignature;
         if (isSignature && field.Has("V")) copier.EditOf(reference->number).removed.push_back("V");
         if (next.isTop) {
             RenameField(copier, reference->number, field);
@@ -106,6 +105,7 @@ void MergedForms::RenameField(ObjectCopier& copier, std::uint32_t old, const Dic
     DictEdit& edit = copier.EditOf(old);
     edit.removed.push_back("T");
     edit.added += "/T" + EncodeString(Utf8ToText(other));
+    copier.fields.emplace(name, other);
 }
 
 void MergedForms::Copy(ObjectCopier& copier) {

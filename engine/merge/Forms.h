@@ -27,7 +27,7 @@ private:
     void WalkFields(ObjectCopier& copier);
     void RenameField(ObjectCopier& copier, std::uint32_t old, const Dict& field);
 
-    std::unordered_set<std::string> names_;  // UTF-8, of fields that have no parent
+    std::unordered_set<std::string> names_;                                // UTF-8, of fields that have no parent
     std::map<std::string, std::map<std::string, std::string>> resources_;  // category, name, value
     std::map<std::string, std::string> otherResources_;                    // what is no dictionary, such as /ProcSet
     std::string defaultAppearance_;
