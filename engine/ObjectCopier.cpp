@@ -204,6 +204,7 @@ ObjectCopier::Key ObjectCopier::KeyOf(std::string_view name) {
         {"/Fields", Key::FieldNames},
         {"/T", Key::Title},
         {"/Length", Key::Length},
+        {"/CIDSet", Key::Shared},
         {"/CIDSystemInfo", Key::Shared},
         {"/CIDToGIDMap", Key::Shared},
         {"/CS", Key::Shared},

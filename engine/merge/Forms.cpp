@@ -26,6 +26,7 @@ void MergedForms::Prepare(ObjectCopier& copier, const Dict& catalog) {
     };
     inheritedAppearance_ = inherit("DA", defaultAppearance_);
     inheritedAlignment_ = inherit("Q", alignment_);
+    if (!form.Has("Q") && !alignment_.empty()) inheritedAlignment_ = "/Q 0";
     WalkFields(copier);
 }
 

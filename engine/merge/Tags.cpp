@@ -125,7 +125,9 @@ void MergedTags::PrepareRoles(ObjectCopier& copier, const Dict& roles) {
     Document& document = copier.Source();
     std::map<std::string, std::string> own;
     for (const Dict::Entry& entry : roles.Entries()) {
-        own.emplace(DecodeName(entry.key), DecodeName(document.Resolve(entry.value)));
+        std::string name = DecodeName(entry.key);
+        std::string target = DecodeName(document.Resolve(entry.value));
+        if (name != target) own.emplace(std::move(name), std::move(target));
     }
     for (const auto& [name, target] : own) {
         const auto known = roles_.find(name);
@@ -140,7 +142,7 @@ void MergedTags::PrepareRoles(ObjectCopier& copier, const Dict& roles) {
         return other == copier.roles.end() ? name : other->second;
     };
     for (const auto& [name, target] : own) {
-        roles_.emplace(renamed(name), renamed(target));
+        roles_.emplace(renamed(name), IsStandardRole(target) ? target : renamed(target));
         mappedRoles_.insert(renamed(name));
     }
 }
