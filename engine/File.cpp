@@ -114,8 +114,11 @@ void ReplacementFile::FlushBuffer() {
 
 void ReplacementFile::Commit() {
     FlushBuffer();
-    if (targetExisted_) filesystem::TakeAccessOf(handle_, target_);
-    filesystem::Flush(handle_, target_);
+    if (targetExisted_) {
+        filesystem::TakeAccessOf(handle_, target_);
+        // What takes a file's place has to be on the disk before that file goes.
+        filesystem::Flush(handle_, target_);
+    }
     filesystem::Close(handle_);
     handle_ = filesystem::noHandle;
     filesystem::PutInPlace(temporary_, target_);
