@@ -255,7 +255,7 @@ Dict FindSubfolder(Document& document, const Dict& folder, std::string_view name
 
 // --- Attachments -----------------------------------------------------------------------------------------------------
 
-Attachment::Attachment(std::string name, std::string description, std::filesystem::path folder)
+Attachment::Attachment(std::string_view name, std::string description, std::filesystem::path folder)
     : name_(SafeName(name)), description_(std::move(description)), folder_(std::move(folder)) {}
 
 void Attachment::SetContent(std::string_view bytes) {
@@ -337,8 +337,8 @@ const std::shared_ptr<Document>& EditableDocument::Current() {
     return document_;
 }
 
-Attachment& EditableDocument::Add(std::string name, std::string description) {
-    attachments_.push_back(std::make_unique<Attachment>(std::move(name), std::move(description), path_.parent_path()));
+Attachment& EditableDocument::Add(std::string_view name, std::string description) {
+    attachments_.push_back(std::make_unique<Attachment>(name, std::move(description), path_.parent_path()));
     return *attachments_.back();
 }
 

@@ -64,8 +64,8 @@ void CopyPieces(filesystem::Handle handle, std::uint64_t size, const std::filesy
 
 }  // namespace
 
-InputFile::InputFile(const std::filesystem::path& path)
-    : path_(path), handle_(filesystem::OpenForReading(path_, size_)) {}
+InputFile::InputFile(std::filesystem::path path)
+    : path_(std::move(path)), handle_(filesystem::OpenForReading(path_, size_)) {}
 
 InputFile::~InputFile() { filesystem::Close(handle_); }
 

@@ -37,7 +37,7 @@ using Sink = std::function<void(std::string_view bytes)>;
 // Paths of any length are taken.
 class InputFile {
 public:
-    explicit InputFile(const std::filesystem::path& path);  // throws FileError
+    explicit InputFile(std::filesystem::path path);  // throws FileError
     InputFile(const InputFile&) = delete;
     InputFile& operator=(const InputFile&) = delete;
     ~InputFile();

@@ -1,5 +1,5 @@
-// The add-in's portfolio command and the real stand-in for the companion: a portfolio is there, or the add-in knows that
-// there is none.
+// The add-in's portfolio command and the real stand-in for the companion: a portfolio is there, or the add-in knows
+// that there is none.
 #include <filesystem>
 #include <string>
 
