@@ -68,7 +68,8 @@ public:
     void Write(std::string_view bytes);  // buffered; throws FileError
     std::uint64_t Position() const { return position_; }
 
-    // Flushes to the disk, closes and puts the file in place; throws FileError. A read-only target is not replaced.
+    // Closes and puts the file in place, flushed to the disk first where there is one to replace; throws FileError. A
+    // read-only target is not replaced.
     void Commit();
 
 private:

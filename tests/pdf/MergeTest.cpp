@@ -61,9 +61,9 @@ protected:
 // A document with one bookmark, one field and a link to a named destination.
 PdfMaker Rich(const std::string& name) {
     PdfMaker maker;
-    maker.catalogMore = "/Outlines 4 0 R/AcroForm<</Fields[6 0 R]/DA(/F 0 Tf)>>/Names<</Dests<</Names[(top)[3 0 R/Fit]]>>>>";
-    maker.more = {"<</First 5 0 R/Last 5 0 R/Count 1>>",
-                  "<</Title(" + name + ")/Parent 4 0 R/Dest(top)>>",
+    maker.catalogMore =
+        "/Outlines 4 0 R/AcroForm<</Fields[6 0 R]/DA(/F 0 Tf)>>/Names<</Dests<</Names[(top)[3 0 R/Fit]]>>>>";
+    maker.more = {"<</First 5 0 R/Last 5 0 R/Count 1>>", "<</Title(" + name + ")/Parent 4 0 R/Dest(top)>>",
                   "<</FT/Tx/T(Name)/V(" + name + ")>>",
                   "<</Type/Annot/Subtype/Link/Rect[0 0 9 9]/A<</D(top)/S/GoTo>>>>",
                   "<</Type/Annot/Subtype/Link/Rect[0 0 9 9]/A<</S/GoToR/F(x.pdf)/D(top)>>>>"};
@@ -180,9 +180,8 @@ TEST_F(Merge, SignaturesGoAndTheirFieldsStay) {
 TEST_F(Merge, EqualResourcesAreStoredOnce) {
     PdfMaker maker;
     maker.catalogMore = "/AF[6 0 R]";
-    maker.more = {"<</Type/Font/Subtype/Type1/BaseFont/Helvetica/FontDescriptor 5 0 R>>",
-                  "<</FontFile 7 0 R/Flags 4>>", "<</Font<</F1 4 0 R>>/Own 8 0 R>>",
-                  "<</Length 5>>\nstream\nabcde\nendstream", "<</Other 1>>"};
+    maker.more = {"<</Type/Font/Subtype/Type1/BaseFont/Helvetica/FontDescriptor 5 0 R>>", "<</FontFile 7 0 R/Flags 4>>",
+                  "<</Font<</F1 4 0 R>>/Own 8 0 R>>", "<</Length 5>>\nstream\nabcde\nendstream", "<</Other 1>>"};
     for (int i = 0; i < 3; ++i) Add(maker);
     const auto document = Save();
     std::set<std::string> fonts;
