@@ -116,34 +116,35 @@ private:
 }  // namespace
 
 void Merger::Add(std::shared_ptr<Document> document, const MergeOptions& options) {
+    document->ReleaseBytes();  // of many inputs only the one that is being copied is in memory
     inputs_.push_back({std::move(document), options});
 }
 
 // The inputs without those that are damaged and cannot be repaired, or were repaired before.
-std::vector<Merger::Input> Merger::RepairDamaged(const std::vector<Input>& inputs, const std::vector<bool>& isDamaged) {
+std::vector<Merger::Input> Merger::RepairDamaged(const std::vector<Input>& inputs, const std::vector<bool>& isDamaged,
+                                                 BeyondRepair beyondRepair) {
     std::vector<bool> wasPlain;  // asked first: one document may be there twice
     for (const Input& input : inputs) wasPlain.push_back(input.document->IsPlain());
     std::vector<Input> readable;
     for (std::size_t i = 0; i < inputs.size(); ++i) {
-        if (isDamaged[i]) {
-            if (!wasPlain[i]) continue;
-            try {
-                if (inputs[i].document->IsPlain()) inputs[i].document->Repair();
-            } catch (const PdfError&) {
-                continue;
+        Document& document = *inputs[i].document;
+        try {
+            if (isDamaged[i] && (document.IsPlain() || !wasPlain[i])) document.Repair();
+            readable.push_back(inputs[i]);
+        } catch (const PdfError& error) {
+            if (beyondRepair == BeyondRepair::IsAnError) {
+                throw PdfError(Utf8FromPath(document.Path()) + ": " + error.what());
             }
         }
-        readable.push_back(inputs[i]);
     }
     return readable;
 }
 
-void Merger::Save(const std::filesystem::path& path) {
+void Merger::Save(const std::filesystem::path& path, BeyondRepair beyondRepair) {
     std::vector<Input> inputs = inputs_;
     std::set<std::string> plainRoles;
     // A pass that meets damage goes on, to find all of it at once; then the damaged inputs are repaired and the next
-    // pass starts. What is damaged even so is left out. The same for structure types that one input maps and a later
-    // one uses as they are.
+    // pass starts. The same for structure types that one input maps and a later one uses as they are.
     for (;;) {
         std::string version = "1.5";  // object streams need it
         for (const Input& input : inputs) version = std::max(version, input.document->Version());
@@ -169,7 +170,7 @@ void Merger::Save(const std::filesystem::path& path) {
             return;
         }
         plainRoles.insert(pass.LatePlainRoles().begin(), pass.LatePlainRoles().end());
-        if (anyDamaged) inputs = RepairDamaged(inputs, isDamaged);
+        if (anyDamaged) inputs = RepairDamaged(inputs, isDamaged, beyondRepair);
     }
 }
 
