@@ -124,6 +124,7 @@ void Merger::Add(std::shared_ptr<Document> document, const MergeOptions& options
 std::vector<Merger::Input> Merger::RepairDamaged(const std::vector<Input>& inputs, const std::vector<bool>& isDamaged,
                                                  BeyondRepair beyondRepair) {
     std::vector<bool> wasPlain;  // asked first: one document may be there twice
+    wasPlain.reserve(inputs.size());
     for (const Input& input : inputs) wasPlain.push_back(input.document->IsPlain());
     std::vector<Input> readable;
     for (std::size_t i = 0; i < inputs.size(); ++i) {

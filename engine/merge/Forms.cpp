@@ -79,7 +79,7 @@ void MergedForms::WalkFields(ObjectCopier& copier) {
         if (!reference || !seen.insert(reference->number).second) continue;
         const Dict field = document.ResolveDict(next.value);
         const bool isSignature = field.Has("FT") ? IsName(document.Resolve(field.Find("FT")), "Sig") : next.isSignature;
-        if (isSignature && field.Has("V")) copier.EditOf(reference->number).removed.push_back("V");
+        if (isSignature && field.Has("V")) copier.EditOf(reference->number).removed.emplace_back("V");
         if (next.isTop) {
             RenameField(copier, reference->number, field);
             DictEdit& edit = copier.EditOf(reference->number);
@@ -104,7 +104,7 @@ void MergedForms::RenameField(ObjectCopier& copier, std::uint32_t old, const Dic
         if (names_.insert(other).second) break;
     }
     DictEdit& edit = copier.EditOf(old);
-    edit.removed.push_back("T");
+    edit.removed.emplace_back("T");
     edit.added += "/T" + EncodeString(Utf8ToText(other));
     copier.fields.emplace(name, other);
 }

@@ -30,8 +30,8 @@ std::string FreeName(const Names& names, const std::string& name) {
 
 }  // namespace
 
-MergedTags::MergedTags(ObjectWriter& writer, const std::set<std::string>& plainRoles)
-    : root_(writer.Allocate()), plainRoles_(plainRoles) {}
+MergedTags::MergedTags(ObjectWriter& writer, std::set<std::string> plainRoles)
+    : root_(writer.Allocate()), plainRoles_(std::move(plainRoles)) {}
 
 void MergedTags::Prepare(ObjectCopier& copier, const Dict& catalog) {
     Document& document = copier.Source();

@@ -16,7 +16,7 @@ class MergedTags {
 public:
     // `plainRoles` are structure types that some input uses as they are: no other input's may be mapped to another type
     // under that name.
-    MergedTags(ObjectWriter& writer, const std::set<std::string>& plainRoles);
+    MergedTags(ObjectWriter& writer, std::set<std::string> plainRoles);
 
     void Prepare(ObjectCopier& copier, const Dict& catalog);
     void Copy(ObjectCopier& copier);

@@ -79,7 +79,8 @@ class CommandLine(EngineTest):
         self.assertIn("Usage: zavopdf merge OUT IN...", out)
 
     def test_WrongUsageIsSaid(self):
-        for arguments in ((), ("what",), ("merge",), ("merge", "out.pdf"), ("list",), ("list", "a", "b"), ("attach", "a")):
+        for arguments in ((), ("what",), ("merge",), ("merge", "out.pdf"), ("list",), ("list", "a", "b"),
+                          ("attach", "a")):
             code, out, errors = self.both(*arguments)
             self.assertEqual((code, out), (2, ""), arguments)
             self.assertIn("Usage:", errors)
