@@ -374,27 +374,51 @@ void EditableDocument::Save(const std::filesystem::path& path) {
 
 // --- Listing ---------------------------------------------------------------------------------------------------------
 
-std::vector<ListedAttachment> ListAttachments(Document& document) {
-    std::vector<ListedAttachment> list;
-    const auto time = [&](const Dict& parameters, std::string_view key) {
+namespace {
+
+// Fills in what the value of an entry of the tree says.
+void Describe(Document& document, std::string_view value, ListedAttachment& entry) {
+    const Dict spec = document.ResolveDict(value);
+    const std::string_view nameKey = spec.Has("UF") ? "UF" : "F";
+    if (spec.Has(nameKey)) entry.name = TextToUtf8(DecodeString(document.Resolve(spec.Find(nameKey))));
+    const Dict files = document.ResolveDict(spec.Find("EF"));
+    const Dict file = document.ResolveDict(files.Find(files.Has("UF") ? "UF" : "F"));
+    const Dict parameters = document.ResolveDict(file.Find("Params"));
+    const auto time = [&](std::string_view key) {
         return ParseDate(DecodeString(document.Resolve(parameters.Find(key)))).value_or(unknownTime);
     };
+    entry.size = document.ResolveInteger(parameters.Find("Size")).value_or(-1);
+    entry.created = time("CreationDate");
+    entry.modified = time("ModDate");
+}
+
+std::vector<ListedAttachment> ListAsItStands(Document& document) {
+    std::vector<ListedAttachment> list;
     VisitNameTree(document, document.ResolveDict(document.Catalog().Find("Names")).Find("EmbeddedFiles"),
                   [&](std::string_view key, std::string_view value) {
-                      const Dict spec = document.ResolveDict(value);
-                      const Dict files = document.ResolveDict(spec.Find("EF"));
-                      const std::string_view nameKey = spec.Has("UF") ? "UF" : "F";
-                      const Dict file = document.ResolveDict(files.Find(files.Has("UF") ? "UF" : "F"));
-                      const Dict parameters = document.ResolveDict(file.Find("Params"));
                       ListedAttachment entry;
-                      entry.name = TextToUtf8(spec.Has(nameKey) ? DecodeString(document.Resolve(spec.Find(nameKey)))
-                                                                : DecodeString(key));
-                      entry.size = document.ResolveInteger(parameters.Find("Size")).value_or(-1);
-                      entry.created = time(parameters, "CreationDate");
-                      entry.modified = time(parameters, "ModDate");
+                      entry.name = TextToUtf8(DecodeString(key));
+                      try {
+                          Describe(document, value, entry);
+                      } catch (const PdfError&) {
+                          // One that is damaged does not hide the others.
+                      }
                       list.push_back(std::move(entry));
                   });
     return list;
+}
+
+}  // namespace
+
+std::vector<ListedAttachment> ListAttachments(Document& document) {
+    try {
+        return ListAsItStands(document);
+    } catch (const PdfError&) {
+        // Damage that opening did not see.
+        if (!document.IsPlain()) throw;
+        document.Repair();
+        return ListAsItStands(document);
+    }
 }
 
 }  // namespace zavo::pdf

@@ -13,10 +13,10 @@ namespace zavo::pdf {
 namespace {
 
 constexpr std::string_view nullText = "null";
-constexpr std::size_t decodeLimit = std::size_t{256} << 20;  // one object or cross-reference stream, unpacked
-constexpr std::size_t cacheLimit = std::size_t{1} << 30;     // all object streams of a document, unpacked
-constexpr std::uint64_t numberLimit = 8388608;               // object numbers end below it (ISO 32000-1, annex C)
-constexpr int hopLimit = 64;                                 // references to references
+constexpr std::size_t decodeLimit = std::size_t{256} << 20;    // one object or cross-reference stream, unpacked
+constexpr std::size_t cacheLimit = std::size_t{1} << 30;       // all object streams of a document, unpacked
+constexpr std::uint64_t numberLimit = 8388608;                 // object numbers end below it (ISO 32000-1, annex C)
+constexpr int hopLimit = 64;                                   // references to references
 constexpr std::uint64_t smallFile = std::uint64_t{128} << 10;  // kept in memory rather than read again
 
 std::uint64_t Digits(const char* text, std::size_t count) {
@@ -36,8 +36,8 @@ bool IsVersion(std::string_view text) {
 bool TakeHeader(Lexer& lexer, Reference& reference) {
     const std::optional<std::int64_t> number = ParseInteger(lexer.Next().text);
     const std::optional<std::int64_t> generation = ParseInteger(lexer.Next().text);
-    if (!number || !generation || *number < 0 || *number >= static_cast<std::int64_t>(numberLimit) ||
-        *generation < 0 || *generation > 65535) {
+    if (!number || !generation || *number < 0 || *number >= static_cast<std::int64_t>(numberLimit) || *generation < 0 ||
+        *generation > 65535) {
         return false;
     }
     reference = {static_cast<std::uint32_t>(*number), static_cast<std::uint32_t>(*generation)};

@@ -17,8 +17,8 @@ namespace zavo::pdf {
 namespace {
 
 // What the merged file's catalog takes from its first input.
-constexpr std::string_view firstInputsEntries[] = {"AA",       "Lang",       "Metadata",  "OpenAction",
-                                                   "PageMode", "PageLayout", "PieceInfo", "OutputIntents",
+constexpr std::string_view firstInputsEntries[] = {"AA",       "Lang",       "Metadata",         "OpenAction",
+                                                   "PageMode", "PageLayout", "PieceInfo",        "OutputIntents",
                                                    "URI",      "Extensions", "ViewerPreferences"};
 // Catalog entries that are lists, of which the merged file has all inputs' items.
 constexpr std::string_view lists[] = {"AF", "Threads"};
@@ -145,8 +145,7 @@ void Merger::Save(const std::filesystem::path& path) {
         std::vector<bool> isDamaged(inputs.size());
         for (std::size_t i = 0; i < inputs.size(); ++i) {
             try {
-                pass.Add(*inputs[i].document, inputs[i].options,
-                         last != inputs.rend() && &inputs[i] == &*last);
+                pass.Add(*inputs[i].document, inputs[i].options, last != inputs.rend() && &inputs[i] == &*last);
             } catch (const PdfError&) {
                 isDamaged[i] = true;
             }

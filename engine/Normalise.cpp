@@ -87,9 +87,20 @@ void RunQpdf(HeldException& held, const std::function<void()>& work) {
     held.Throw();
 }
 
+// What qpdf cannot tell a document's logger, because it does not know whose object it is, it tells this one.
+void SilenceDefaultLogger() {
+    static const bool once = [] {
+        const std::shared_ptr<QPDFLogger> logger = QPDFLogger::defaultLogger();
+        logger->setError(logger->discard());
+        return true;
+    }();
+    static_cast<void>(once);
+}
+
 void Open(QPDF& pdf, std::string_view bytes, std::string_view password) {
     // Each stream of a wrong length gives three, and costs a walk over all objects.
     constexpr std::size_t maxWarnings = 5000;
+    SilenceDefaultLogger();
     const std::shared_ptr<QPDFLogger> silent = QPDFLogger::create();
     silent->setInfo(silent->discard());
     silent->setWarn(silent->discard());

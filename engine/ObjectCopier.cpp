@@ -18,26 +18,26 @@ constexpr std::size_t sharingDepth = 1000;
 // Dictionary keys whose values are treated apart.
 enum class ObjectCopier::Key : std::uint8_t {
     Other,
-    Destination,      // /Dest
-    ActionTarget,     // /D, a destination where the dictionary is a GoTo action
-    Subtype,          // /S
-    Parent,           // /P
-    StructureKey,     // /StructParent, /StructParents
+    Destination,   // /Dest
+    ActionTarget,  // /D, a destination where the dictionary is a GoTo action
+    Subtype,       // /S
+    Parent,        // /P
+    StructureKey,  // /StructParent, /StructParents
     DefaultAppearance,
-    Identifier,       // /ID
-    Headers,          // identifiers of header cells
-    AttributeClass,   // /C
+    Identifier,      // /ID
+    Headers,         // identifiers of header cells
+    AttributeClass,  // /C
     Length,
-    Shared,           // its value is a resource
-    SharedMembers     // so are the members of its value
+    Shared,        // its value is a resource
+    SharedMembers  // so are the members of its value
 };
 
 // A dictionary or an array that is open at the place reached.
 struct ObjectCopier::Level {
     bool isDictionary;
     bool expectsKey;
-    Key key;              // whose value comes; an array has that of the dictionary around it
-    Key container;        // the key under which the dictionary stands
+    Key key;                   // whose value comes; an array has that of the dictionary around it
+    Key container;             // the key under which the dictionary stands
     std::size_t keyBegin = 0;  // of that key in the output
     // Places in the output of values that can be judged only when the dictionary is complete.
     std::size_t targetBegin = 0;
@@ -53,7 +53,7 @@ struct ObjectCopier::Frame {
     std::uint32_t number = 0;
     bool isShared = false;
     const DictEdit* edit = nullptr;
-    Key key = Key::Other;        // under which it was met
+    Key key = Key::Other;  // under which it was met
     Key container = Key::Other;
     bool mayBeStream = false;
 
@@ -93,8 +93,7 @@ std::uint32_t SharedResources::Find(const Content& content, std::uint64_t hash) 
     const auto [first, last] = items_.equal_range(hash);
     for (auto item = first; item != last; ++item) {
         const Item& known = item->second;
-        if (known.isStream != content.isStream || known.value != content.value ||
-            known.size != content.stream.size()) {
+        if (known.isStream != content.isStream || known.value != content.value || known.size != content.stream.size()) {
             continue;
         }
         if (!content.isStream || known.document->EqualAt(known.offset, content.stream)) return known.number;
@@ -253,8 +252,8 @@ bool ObjectCopier::Step(Frame& frame) {
                 const bool isDictionary = token.kind == TokenKind::DictOpen;
                 const Key key = frame.levels.empty() ? frame.key : frame.levels.back().key;
                 const Key container = frame.levels.empty() ? frame.container : frame.levels.back().container;
-                frame.levels.push_back({isDictionary, isDictionary, isDictionary ? Key::Other : key,
-                                        isDictionary ? key : container});
+                frame.levels.push_back(
+                    {isDictionary, isDictionary, isDictionary ? Key::Other : key, isDictionary ? key : container});
                 continue;
             }
             case TokenKind::ArrayClose:
@@ -322,8 +321,7 @@ bool ObjectCopier::TakeReferenceOrInteger(Frame& frame, const Token& token) {
         // Nearly always the generation follows one blank later; a number's list is told apart by its first step.
         frame.lexer.SkipBlanks();
         const std::size_t generation = frame.lexer.Position();
-        if (generation < bytes.size() && IsDigit(bytes[generation]) &&
-            frame.lexer.Next().kind == TokenKind::Integer) {
+        if (generation < bytes.size() && IsDigit(bytes[generation]) && frame.lexer.Next().kind == TokenKind::Integer) {
             const Token last = frame.lexer.Next();
             isReference = last.kind == TokenKind::Keyword && last.text == "R";
         }

@@ -107,8 +107,7 @@ void ObjectWriter::Finish(std::string_view trailer) {
     unsigned placeWidth = 3;
     while (start >> (8 * placeWidth)) ++placeWidth;
     const std::size_t rowSize = placeWidth + 3;
-    const std::string packed =
-        Compress(FilterUp(CrossReferenceTable(placeWidth), rowSize), compressionLevel);
+    const std::string packed = Compress(FilterUp(CrossReferenceTable(placeWidth), rowSize), compressionLevel);
 
     // The same inputs give the same identifier: it is made from the file's bytes.
     std::string id = "<";

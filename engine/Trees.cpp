@@ -54,7 +54,8 @@ std::string NameTreeBuilder::TakeFreeName(const std::string& name, const Form& f
 }
 
 void NameTreeBuilder::Add(std::string_view name, std::string_view value) {
-    entries_.push_back({text_.size(), static_cast<std::uint32_t>(name.size()), static_cast<std::uint32_t>(value.size())});
+    entries_.push_back(
+        {text_.size(), static_cast<std::uint32_t>(name.size()), static_cast<std::uint32_t>(value.size())});
     text_.append(name).append(value);
 }
 
@@ -110,8 +111,8 @@ void NumberTreeBuilder::Add(ObjectWriter& writer, std::int64_t number, std::stri
 
 void NumberTreeBuilder::WriteLeaf(ObjectWriter& writer) {
     if (leafCount_ == 0) return;
-    const std::uint32_t number = writer.Add("<</Limits[" + std::to_string(leafFirst_) + " " + std::to_string(last_) +
-                                            "]/Nums[" + leaf_ + "]>>");
+    const std::uint32_t number =
+        writer.Add("<</Limits[" + std::to_string(leafFirst_) + " " + std::to_string(last_) + "]/Nums[" + leaf_ + "]>>");
     kids_.push_back({number, leafFirst_, last_});
     leaf_.clear();
     leafCount_ = 0;
@@ -124,8 +125,7 @@ std::uint32_t NumberTreeBuilder::Write(ObjectWriter& writer) {
         for (std::size_t begin = 0; begin < kids_.size(); begin += fanOut) {
             const std::size_t end = std::min(begin + fanOut, kids_.size());
             Kid kid{0, kids_[begin].first, kids_[end - 1].last};
-            std::string text =
-                "<</Limits[" + std::to_string(kid.first) + " " + std::to_string(kid.last) + "]/Kids[";
+            std::string text = "<</Limits[" + std::to_string(kid.first) + " " + std::to_string(kid.last) + "]/Kids[";
             for (std::size_t i = begin; i < end; ++i) text += ReferenceTo(kids_[i].number) + " ";
             kid.number = writer.Add(text + "]>>");
             upper.push_back(kid);
