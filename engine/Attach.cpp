@@ -164,9 +164,16 @@ std::string WithValue(const Dict& dictionary, std::string_view name, std::string
     return text.append("/").append(name).append(" ").append(value).append(">>");
 }
 
+// Whether the object can be written anew with its entries and is the same but for the changed one.
+bool IsPlainDictionary(Document& document, Reference place) {
+    const Document::Object object = document.Read(place.number);
+    return object.value.starts_with("<<") && !object.isStream;
+}
+
 using Attachments = std::vector<const Attachment*>;
 
 void Append(Document& document, const Attachments& attachments, ReplacementFile& file) {
+    document.BeginTask();
     AppendedSection section(document, file);
     const std::string_view namesValue = document.Catalog().Find("Names");
     const Dict names = document.ResolveDict(namesValue);
@@ -184,7 +191,7 @@ void Append(Document& document, const Attachments& attachments, ReplacementFile&
     if (treeValue != root) {
         const std::string newNames = WithValue(names, "EmbeddedFiles", root);
         const std::optional<Reference> place = ParseReference(namesValue);
-        if (place && document.Exists(place->number)) {
+        if (place && IsPlainDictionary(document, *place)) {
             section.WriteObject({place->number, document.Generation(place->number)}, newNames);
         } else {
             const Reference catalog = document.Root();
@@ -227,6 +234,7 @@ std::unique_ptr<ReplacementFile> WriteWith(Document& document, const Attachments
             Append(document, attachments, *file);
             return file;
         } catch (const PdfError&) {
+            if (document.IsExhausting()) throw;
             // Damage that opening did not see.
             file = std::make_unique<ReplacementFile>(target);
         }
@@ -306,6 +314,7 @@ void Attachment::DeflatePieces(const std::function<void(const Sink& sink)>& piec
 }
 
 std::optional<std::string> FolderPrefix(Document& document, std::string_view path) {
+    document.BeginTask();
     const Dict collection = document.ResolveDict(document.Catalog().Find("Collection"));
     Dict folder = document.ResolveDict(collection.Find("Folders"));
     const bool hasFolders = document.ResolveInteger(folder.Find("ID")).has_value();
@@ -393,6 +402,7 @@ void Describe(Document& document, std::string_view value, ListedAttachment& entr
 }
 
 std::vector<ListedAttachment> ListAsItStands(Document& document) {
+    document.BeginTask();
     std::vector<ListedAttachment> list;
     VisitNameTree(document, document.ResolveDict(document.Catalog().Find("Names")).Find("EmbeddedFiles"),
                   [&](std::string_view key, std::string_view value) {

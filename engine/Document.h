@@ -31,6 +31,14 @@ public:
 
     // Whether the file is read as it stands. One that had to be repaired or decrypted is read from a copy in memory.
     bool IsPlain() const { return !normalised_; }
+    // Work with a document has a limit in proportion to its size, because files can be made to be read again and again:
+    // objects inside objects, one page a million times. Whoever begins a task says so; what it costs is told by Spend,
+    // which throws PdfError beyond the limit. Reading tells by itself.
+    void BeginTask() { spent_ = 0; }
+    void Spend(std::uint64_t bytes);
+    // Whether a task came to that limit. Such a file is not worth a repair.
+    bool IsExhausting() const { return isExhausting_; }
+
     // Goes over to a repaired copy; for whoever meets damage that opening did not see. Throws PdfError.
     void Repair();
 
@@ -65,26 +73,27 @@ public:
     Dict ResolveDict(std::string_view value) { return Dict(Resolve(value)); }
     std::optional<std::int64_t> ResolveInteger(std::string_view value) { return ParseInteger(Resolve(value)); }
 
-    // The stream's bytes without its filters; throws PdfError where it has any but Flate, or more than `limit` bytes.
-    std::string Decode(const Object& stream, std::size_t limit);
+    // The stream's bytes without its filters; throws PdfError where it has any but Flate, or unpacks to far more
+    // than the file's size lets expect.
+    std::string Decode(const Object& stream);
 
     const std::string& Version() const { return version_; }  // of the PDF format, as in "1.7"
-    const Dict& Trailer() const { return trailer_; }  // of the newest section
+    const Dict& Trailer() const { return trailer_; }         // of the newest section
     Reference Root() const { return root_; }
     Dict Catalog() { return ResolveDict(rootText_); }
 
     // What a section appended to the file has to fit to.
     struct Sections {
-        std::uint64_t newest = 0;    // offset of the newest cross-reference section
-        unsigned count = 0;          // sections in the chain, those of hybrid files included
-        bool isStream = false;       // whether the newest is a stream
-        std::uint32_t size = 0;      // /Size
+        std::uint64_t newest = 0;  // offset of the newest cross-reference section
+        unsigned count = 0;        // sections in the chain, those of hybrid files included
+        bool isStream = false;     // whether the newest is a stream
+        std::uint32_t size = 0;    // /Size
     };
     const Sections& CrossReference() const { return sections_; }
     enum class Kind : std::uint8_t { Unset, Free, Plain, InStream };
     struct Entry {
-        std::uint64_t place = 0;       // Plain: offset in the file; InStream: number of the object stream
-        std::uint32_t detail = 0;      // Plain and Free: generation; InStream: index in the stream
+        std::uint64_t place = 0;   // Plain: offset in the file; InStream: number of the object stream
+        std::uint32_t detail = 0;  // Plain and Free: generation; InStream: index in the stream
         Kind kind = Kind::Unset;
     };
     const Entry& EntryOf(std::uint32_t number) const { return entries_[number]; }
@@ -92,8 +101,8 @@ public:
     std::uint64_t FileSize() const { return size_; }
     // The file's own bytes, or those of the repaired copy. Read when they are first needed after ReleaseBytes.
     std::string_view Bytes();
-    // Gives back the memory of the bytes and of what was unpacked from them, as far as it can be read again and is worth
-    // reading again. Ends views.
+    // Gives back the memory of the bytes and of what was unpacked from them, as far as it can be read again and is
+    // worth reading again. Ends views.
     void ReleaseBytes();
     // Closes the file, so that it can be replaced; nothing may be read after it.
     void CloseFile();
@@ -112,6 +121,9 @@ private:
     void ReadTable(Lexer& lexer, std::vector<std::uint32_t>& freed);
     Dict ReadSection(std::uint64_t offset, bool newest);
     Dict ReadStreamSection(std::uint64_t offset);
+    bool IsPlausible(std::uint64_t number) const;
+    // What limits are in proportion to: the bytes as they are read.
+    std::uint64_t ReadSize() const { return normalised_ ? own_.size() : size_; }
     bool SetEntry(std::uint64_t number, const Entry& entry);
     void CheckPlaces();
     const ObjectStream& LoadObjectStream(std::uint32_t number);
@@ -134,6 +146,8 @@ private:
     Sections sections_;
     std::unordered_map<std::uint32_t, std::unique_ptr<ObjectStream>> objectStreams_;
     std::size_t unpacked_ = 0;  // bytes in objectStreams_
+    bool isExhausting_ = false;
+    std::uint64_t spent_ = 0;  // bytes read, unpacked and copied in the current task
 };
 
 }  // namespace zavo::pdf

@@ -1,5 +1,5 @@
-// PDF syntax over bytes in memory: tokens, whole values, dictionaries and texts. Nothing here copies a value or builds a
-// tree of objects, and nothing recurses: nesting of any depth costs no stack.
+// PDF syntax over bytes in memory: tokens, whole values, dictionaries and texts. Nothing here copies a value or builds
+// a tree of objects, and nothing recurses: nesting of any depth costs no stack.
 #pragma once
 
 #include <array>
@@ -35,8 +35,8 @@ enum class TokenKind : std::uint8_t {
     End,
     Integer,  // digits with or without a sign
     Real,
-    Name,     // with its "/"
-    String,   // with its parentheses
+    Name,    // with its "/"
+    String,  // with its parentheses
     HexString,
     DictOpen,
     DictClose,
@@ -124,7 +124,7 @@ std::vector<std::string_view> ArrayItems(std::string_view text);
 // Whether a name token, which may have "#xx" escapes, is `name` (without "/").
 bool IsName(std::string_view token, std::string_view name);
 std::string DecodeName(std::string_view token);  // without "/"
-std::string EncodeName(std::string_view name);    // with "/"
+std::string EncodeName(std::string_view name);   // with "/"
 
 // The bytes of a string token, literal or hexadecimal; empty for any other value.
 std::string DecodeString(std::string_view token);
@@ -132,8 +132,8 @@ bool IsString(std::string_view token);
 // A literal string token with these bytes.
 std::string EncodeString(std::string_view bytes);
 
-// A text string: UTF-16 with a byte order mark, UTF-8 with one, or PDFDocEncoding; and back (PDFDocEncoding's ASCII part
-// where it does, else UTF-16).
+// A text string: UTF-16 with a byte order mark, UTF-8 with one, or PDFDocEncoding; and back (PDFDocEncoding's ASCII
+// part where it does, else UTF-16).
 std::string TextToUtf8(std::string_view bytes);
 std::string Utf8ToText(std::string_view utf8);
 

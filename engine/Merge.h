@@ -21,8 +21,8 @@ public:
     void Add(std::shared_ptr<Document> document, const MergeOptions& options);
 
     // Writes the merged PDF and puts it in place at once. An input that turns out to be damaged is repaired, one that
-    // cannot be is left out. Throws PdfError where nothing is left to write, FileError where the file cannot be written;
-    // what was at `path` is then as before. The same inputs give the same bytes.
+    // cannot be is left out. Throws PdfError where nothing is left to write, FileError where the file cannot be
+    // written; what was at `path` is then as before. The same inputs give the same bytes.
     void Save(const std::filesystem::path& path);
 
 private:

@@ -75,12 +75,12 @@ public:
     void Run();
 
     // Set these before anything is copied.
-    Renames destinations;             // bytes of all named destinations of the document's name tree
-    Renames destinationNames;         // the same for those of its /Dests dictionary, which become strings
-    Renames fonts;                    // names in /DA
-    Renames roles;                    // names of structure types
-    Renames classes;                  // names of attribute classes
-    Renames elementIds;               // bytes of structure elements' identifiers
+    Renames destinations;                     // bytes of all named destinations of the document's name tree
+    Renames destinationNames;                 // the same for those of its /Dests dictionary, which become strings
+    Renames fonts;                            // names in /DA
+    Renames roles;                            // names of structure types
+    Renames classes;                          // names of attribute classes
+    Renames elementIds;                       // bytes of structure elements' identifiers
     std::vector<std::int64_t> structureKeys;  // sorted: keys of the parent tree; other /StructParent(s) are dropped
     std::int64_t firstStructureKey = 0;       // the first of them becomes this, and so on
 

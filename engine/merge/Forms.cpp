@@ -41,11 +41,13 @@ void MergedForms::TakeResources(ObjectCopier& copier, std::string_view resources
         }
         std::map<std::string, std::string>& ours = resources_[categoryName];
         const Dict membersDict(members);
+        std::unordered_set<std::string> seen;
         for (const Dict::Entry& member : membersDict.Entries()) {
             const std::string name = DecodeName(member.key);
+            if (!seen.insert(name).second) continue;  // of equal keys readers take the first
             // The key tells the copier that this is a resource, so that equal ones get one number.
-            std::string value = copier.Rewrite("<<" + std::string(category.key) + "<</X " +
-                                               std::string(member.value) + ">>>>");
+            std::string value =
+                copier.Rewrite("<<" + std::string(category.key) + "<</X " + std::string(member.value) + ">>>>");
             value = value.substr(value.find("/X ") + 3);
             value.resize(value.size() - 4);
             const auto [known, isNew] = ours.emplace(name, value);
@@ -77,8 +79,7 @@ void MergedForms::WalkFields(ObjectCopier& copier) {
         const std::optional<Reference> reference = ParseReference(next.value);
         if (!reference || !seen.insert(reference->number).second) continue;
         const Dict field = document.ResolveDict(next.value);
-        const bool isSignature =
-            field.Has("FT") ? IsName(document.Resolve(field.Find("FT")), "Sig") : next.isSignature;
+        const bool isSignature = field.Has("FT") ? IsName(document.Resolve(field.Find("FT")), "Sig") : next.isSignature;
         if (isSignature && field.Has("V")) copier.EditOf(reference->number).removed.push_back("V");
         if (next.isTop) {
             RenameField(copier, reference->number, field);
@@ -97,12 +98,13 @@ void MergedForms::RenameField(ObjectCopier& copier, std::uint32_t old, const Dic
     const std::string_view token = copier.Source().Resolve(field.Find("T"));
     if (!IsString(token)) return;
     const std::string name = TextToUtf8(DecodeString(token));
-    if (names_.insert(name).second) return;
+    if (names_.emplace(name, 0).second) return;
     std::string other;
-    for (unsigned number = 1;; ++number) {
-        other = name + "+" + std::to_string(number);
-        if (names_.insert(other).second) break;
-    }
+    unsigned number = names_[name];
+    do {
+        other = name + "+" + std::to_string(++number);
+    } while (!names_.emplace(other, 0).second);
+    names_[name] = number;
     DictEdit& edit = copier.EditOf(old);
     edit.removed.push_back("T");
     edit.added += "/T" + EncodeString(Utf8ToText(other));

@@ -22,8 +22,7 @@ std::string NumberedFileName(const std::string& name, unsigned number) {
     return name.substr(0, point) + form + name.substr(point);
 }
 
-void MergedNames::Take(const std::string& category, const std::string& name, std::string_view value,
-                       Renames* renames) {
+void MergedNames::Take(const std::string& category, const std::string& name, std::string_view value, Renames* renames) {
     if (renames && renames->contains(name)) return;  // of two equal names readers take the first
     NameTreeBuilder& tree = trees_[category];
     std::string free = tree.TakeFreeName(name, category == attachmentCategory ? NumberedFileName : NumberedName);

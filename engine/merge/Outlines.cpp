@@ -51,8 +51,8 @@ void MergedOutlines::Prepare(ObjectCopier& copier, const Dict& catalog, bool isL
 
 void MergedOutlines::Copy(ObjectCopier& copier, const std::string& title, const std::string& destination) {
     if (!oldFirst_) {
-        std::string text = "<</Title" + EncodeString(Utf8ToText(title)) + "/Parent " + ReferenceTo(root_) + "/Dest" +
-                           destination;
+        std::string text =
+            "<</Title" + EncodeString(Utf8ToText(title)) + "/Parent " + ReferenceTo(root_) + "/Dest" + destination;
         if (last_) text += "/Prev " + ReferenceTo(last_);
         if (next_) text += "/Next " + ReferenceTo(next_);
         copier.Writer().WriteValue(own_, text + ">>");

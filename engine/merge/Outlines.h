@@ -21,9 +21,9 @@ public:
 
 private:
     std::uint32_t root_;
-    std::uint32_t first_ = 0;     // of the whole file
-    std::uint32_t next_ = 0;      // number kept for the first bookmark of the next input
-    std::uint32_t last_ = 0;      // the last bookmark of the inputs before the current one
+    std::uint32_t first_ = 0;  // of the whole file
+    std::uint32_t next_ = 0;   // number kept for the first bookmark of the next input
+    std::uint32_t last_ = 0;   // the last bookmark of the inputs before the current one
     std::int64_t visible_ = 0;
 
     // Of the current input.
