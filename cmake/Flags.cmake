@@ -5,7 +5,8 @@ target_include_directories(zavo_flags INTERFACE ${PROJECT_SOURCE_DIR})
 # No -Wnon-virtual-dtor: COM interfaces have no virtual destructor; the classes that implement them are final.
 # No -Wrestrict: GCC 12 reports sums of texts, "a" + text, without reason.
 target_compile_options(zavo_flags INTERFACE
-    $<$<COMPILE_LANGUAGE:CXX>:-Wall -Wextra -Wpedantic -Wshadow -Wconversion -Werror -Wno-restrict>
+    $<$<COMPILE_LANGUAGE:CXX>:-Wall -Wextra -Wpedantic -Wshadow -Wconversion -Werror>
+    $<$<COMPILE_LANG_AND_ID:CXX,GNU>:-Wno-restrict>
     $<$<COMPILE_LANGUAGE:CXX>:-fstack-protector-strong -ffunction-sections -fdata-sections>
     # The source path stays out of the binaries: two checkouts give the same bytes.
     $<$<COMPILE_LANGUAGE:CXX>:-ffile-prefix-map=${PROJECT_SOURCE_DIR}=.>)

@@ -132,9 +132,16 @@ std::string WithValue(const Dict& dictionary, std::string_view name, std::string
     return text.append("/").append(name).append(" ").append(value).append(">>");
 }
 
+// Whether the object can be written anew with its entries and is the same but for the changed one.
+bool IsPlainDictionary(Document& document, Reference place) {
+    const Document::Object object = document.Read(place.number);
+    return object.value.starts_with("<<") && !object.isStream;
+}
+
 using Attachments = std::vector<const Attachment*>;
 
 void Append(Document& document, const Attachments& attachments, ReplacementFile& file) {
+    document.BeginTask();
     AppendedSection section(document, file);
     const std::string_view namesValue = document.Catalog().Find("Names");
     const Dict names = document.ResolveDict(namesValue);
@@ -152,7 +159,7 @@ void Append(Document& document, const Attachments& attachments, ReplacementFile&
     if (treeValue != root) {
         const std::string newNames = WithValue(names, "EmbeddedFiles", root);
         const std::optional<Reference> place = ParseReference(namesValue);
-        if (place && document.Exists(place->number)) {
+        if (place && IsPlainDictionary(document, *place)) {
             section.WriteObject({place->number, document.Generation(place->number)}, newNames);
         } else {
             const Reference catalog = document.Root();
@@ -195,6 +202,7 @@ std::unique_ptr<ReplacementFile> WriteWith(Document& document, const Attachments
             Append(document, attachments, *file);
             return file;
         } catch (const PdfError&) {
+            if (document.IsExhausting()) throw;
             // Damage that opening did not see.
             file = std::make_unique<ReplacementFile>(target);
         }
@@ -274,6 +282,7 @@ void Attachment::DeflatePieces(const std::function<void(const Sink& sink)>& piec
 }
 
 std::optional<std::string> FolderPrefix(Document& document, std::string_view path) {
+    document.BeginTask();
     const Dict collection = document.ResolveDict(document.Catalog().Find("Collection"));
     Dict folder = document.ResolveDict(collection.Find("Folders"));
     const bool hasFolders = document.ResolveInteger(folder.Find("ID")).has_value();
@@ -342,27 +351,52 @@ void EditableDocument::Save(const std::filesystem::path& path) {
 
 // --- Listing ---------------------------------------------------------------------------------------------------------
 
-std::vector<ListedAttachment> ListAttachments(Document& document) {
-    std::vector<ListedAttachment> list;
-    const auto time = [&](const Dict& parameters, std::string_view key) {
+namespace {
+
+// Fills in what the value of an entry of the tree says.
+void Describe(Document& document, std::string_view value, ListedAttachment& entry) {
+    const Dict spec = document.ResolveDict(value);
+    const std::string_view nameKey = spec.Has("UF") ? "UF" : "F";
+    if (spec.Has(nameKey)) entry.name = TextToUtf8(DecodeString(document.Resolve(spec.Find(nameKey))));
+    const Dict files = document.ResolveDict(spec.Find("EF"));
+    const Dict file = document.ResolveDict(files.Find(files.Has("UF") ? "UF" : "F"));
+    const Dict parameters = document.ResolveDict(file.Find("Params"));
+    const auto time = [&](std::string_view key) {
         return ParseDate(DecodeString(document.Resolve(parameters.Find(key)))).value_or(unknownTime);
     };
+    entry.size = document.ResolveInteger(parameters.Find("Size")).value_or(-1);
+    entry.created = time("CreationDate");
+    entry.modified = time("ModDate");
+}
+
+std::vector<ListedAttachment> ListAsItStands(Document& document) {
+    document.BeginTask();
+    std::vector<ListedAttachment> list;
     VisitNameTree(document, document.ResolveDict(document.Catalog().Find("Names")).Find("EmbeddedFiles"),
                   [&](std::string_view key, std::string_view value) {
-                      const Dict spec = document.ResolveDict(value);
-                      const Dict files = document.ResolveDict(spec.Find("EF"));
-                      const std::string_view nameKey = spec.Has("UF") ? "UF" : "F";
-                      const Dict file = document.ResolveDict(files.Find(files.Has("UF") ? "UF" : "F"));
-                      const Dict parameters = document.ResolveDict(file.Find("Params"));
                       ListedAttachment entry;
-                      entry.name = TextToUtf8(spec.Has(nameKey) ? DecodeString(document.Resolve(spec.Find(nameKey)))
-                                                                : DecodeString(key));
-                      entry.size = document.ResolveInteger(parameters.Find("Size")).value_or(-1);
-                      entry.created = time(parameters, "CreationDate");
-                      entry.modified = time(parameters, "ModDate");
+                      entry.name = TextToUtf8(DecodeString(key));
+                      try {
+                          Describe(document, value, entry);
+                      } catch (const PdfError&) {
+                          // One that is damaged does not hide the others.
+                      }
                       list.push_back(std::move(entry));
                   });
     return list;
+}
+
+}  // namespace
+
+std::vector<ListedAttachment> ListAttachments(Document& document) {
+    try {
+        return ListAsItStands(document);
+    } catch (const PdfError&) {
+        // Damage that opening did not see.
+        if (!document.IsPlain()) throw;
+        document.Repair();
+        return ListAsItStands(document);
+    }
 }
 
 }  // namespace zavo::pdf

@@ -98,6 +98,7 @@ struct ListedAttachment {
     std::int64_t created = unknownTime;
     std::int64_t modified = unknownTime;
 };
+// A document that turns out to be damaged is repaired. Throws PdfError where that does not help.
 std::vector<ListedAttachment> ListAttachments(Document& document);
 
 }  // namespace zavo::pdf

@@ -13,11 +13,16 @@ namespace zavo::pdf {
 namespace {
 
 constexpr std::string_view nullText = "null";
-constexpr std::size_t decodeLimit = std::size_t{256} << 20;    // one object or cross-reference stream, unpacked
-constexpr std::size_t cacheLimit = std::size_t{1} << 30;       // all object streams of a document, unpacked
-constexpr std::uint64_t numberLimit = 8388608;                 // object numbers end below it (ISO 32000-1, annex C)
-constexpr int hopLimit = 64;                                   // references to references
-constexpr std::uint64_t smallFile = std::uint64_t{128} << 10;  // kept in memory rather than read again
+// What a task may cost: in proportion to the file, with room for small ones. Documents as they are meant cost a few
+// times their size.
+constexpr std::uint64_t freeWork = std::uint64_t{64} << 20;
+constexpr std::uint64_t workFactor = 64;
+constexpr std::uint64_t decodeLimit = std::uint64_t{128} << 20;  // one object or cross-reference stream, unpacked
+constexpr std::uint64_t cacheLimit = std::uint64_t{1} << 30;     // all object streams of a document, unpacked
+constexpr std::size_t headerLimit = 256;                         // of "12 0 obj", with what is between
+constexpr std::uint64_t numberLimit = 8388608;                   // object numbers end below it (ISO 32000-1, annex C)
+constexpr int hopLimit = 64;                                     // references to references
+constexpr std::uint64_t smallFile = std::uint64_t{128} << 10;    // kept in memory rather than read again
 
 std::uint64_t Digits(const char* text, std::size_t count) {
     std::uint64_t value = 0;
@@ -32,8 +37,10 @@ bool IsVersion(std::string_view text) {
     return text.size() == 3 && IsDigit(text[0]) && text[1] == '.' && IsDigit(text[2]);
 }
 
-// Takes "12 0 obj".
-bool TakeHeader(Lexer& lexer, Reference& reference) {
+// Takes "12 0 obj" at the place. What is inside may not go on for ever: every object would be read to the file's end.
+bool TakeHeader(std::string_view bytes, std::uint64_t place, Lexer& behind, Reference& reference) {
+    const auto begin = static_cast<std::size_t>(std::min<std::uint64_t>(place, bytes.size()));
+    Lexer lexer(bytes.substr(0, begin + std::min(headerLimit, bytes.size() - begin)), begin);
     const std::optional<std::int64_t> number = ParseInteger(lexer.Next().text);
     const std::optional<std::int64_t> generation = ParseInteger(lexer.Next().text);
     if (!number || !generation || *number < 0 || *number >= static_cast<std::int64_t>(numberLimit) || *generation < 0 ||
@@ -43,7 +50,7 @@ bool TakeHeader(Lexer& lexer, Reference& reference) {
     reference = {static_cast<std::uint32_t>(*number), static_cast<std::uint32_t>(*generation)};
     lexer.SkipBlanks();
     if (!lexer.Bytes().substr(lexer.Position()).starts_with("obj")) return false;
-    lexer.MoveTo(lexer.Position() + 3);
+    behind = Lexer(bytes, lexer.Position() + 3);
     return true;
 }
 
@@ -81,7 +88,7 @@ void Document::Load() {
 }
 
 void Document::Repair() {
-    if (normalised_) throw PdfError("the file is damaged beyond repair");
+    if (normalised_ || isExhausting_) throw PdfError("the file is damaged beyond repair");
     std::string repaired = Normalise(Bytes(), password_);
     ReleaseBytes();
     own_ = std::move(repaired);
@@ -136,6 +143,7 @@ std::uint32_t Document::Generation(std::uint32_t number) const {
 // --- Cross-reference sections ----------------------------------------------------------------------------------------
 
 void Document::ReadStructure() {
+    BeginTask();
     entries_.clear();
     objectStreams_.clear();
     unpacked_ = 0;
@@ -158,6 +166,7 @@ void Document::ReadStructure() {
     for (std::uint64_t offset = sections_.newest;;) {
         if (!seen.insert(offset).second) throw PdfError("the cross-reference sections go in circles");
         const Dict trailer = ReadSection(offset, sections_.count == 0);
+        for (const Dict::Entry& entry : trailer.Entries()) Spend(entry.value.size());
         ++sections_.count;
         if (rootText_.empty()) {
             if (const std::optional<Reference> root = ParseReference(trailer.Find("Root"))) {
@@ -207,7 +216,7 @@ Dict Document::ReadSection(std::uint64_t offset, bool newest) {
     if (newest) {
         sections_.isStream = isStream;
         const std::optional<std::int64_t> size = ParseInteger(trailer.Find("Size"));
-        if (!size || *size < 0 || *size > static_cast<std::int64_t>(numberLimit)) {
+        if (!size || *size < 0 || !IsPlausible(static_cast<std::uint64_t>(*size))) {
             throw PdfError("the cross-reference section is damaged");
         }
         sections_.size = static_cast<std::uint32_t>(*size);
@@ -258,16 +267,15 @@ void Document::ReadTable(Lexer& lexer, std::vector<std::uint32_t>& freed) {
 
 Dict Document::ReadStreamSection(std::uint64_t offset) {
     const std::string_view bytes = Bytes();
-    if (offset >= bytes.size()) throw PdfError("the cross-reference section is not found");
-    Lexer lexer(bytes, offset);
+    Lexer lexer(bytes);
     Reference own;
-    if (!TakeHeader(lexer, own)) throw PdfError("the cross-reference section is not found");
+    if (!TakeHeader(bytes, offset, lexer, own)) throw PdfError("the cross-reference section is not found");
     Object object = {TakeValue(lexer), {}, true};
     Dict trailer(object.value);
     const std::optional<std::string_view> stream = TakeStream(lexer, trailer);
     if (!stream || !IsName(trailer.Find("Type"), "XRef")) throw PdfError("the cross-reference stream is damaged");
     object.stream = *stream;
-    const std::string table = Decode(object, decodeLimit);
+    const std::string table = Decode(object);
 
     std::uint64_t widths[3];
     const std::vector<std::string_view> widthItems = ArrayItems(trailer.Find("W"));
@@ -306,10 +314,14 @@ Dict Document::ReadStreamSection(std::uint64_t offset) {
     return trailer;
 }
 
+// A number far beyond what the file has room for would only cost memory.
+bool Document::IsPlausible(std::uint64_t number) const {
+    return number < numberLimit && number <= 1024 + 16 * ReadSize();
+}
+
 // The first section that names an object is the newest; false where one has done so.
 bool Document::SetEntry(std::uint64_t number, const Entry& entry) {
-    // A number far beyond what the file has room for would only cost memory.
-    if (number >= numberLimit || number > 1024 + 16 * size_) throw PdfError("an object number is out of range");
+    if (!IsPlausible(number)) throw PdfError("an object number is out of range");
     if (number >= entries_.size()) entries_.resize(number + 1);
     if (entries_[number].kind != Kind::Unset) return false;
     entries_[number] = entry;
@@ -322,8 +334,10 @@ void Document::CheckPlaces() {
     for (std::uint32_t number = 0; number < entries_.size(); ++number) {
         if (entries_[number].kind != Kind::Plain) continue;
         Reference found;
-        Lexer lexer(bytes, std::min<std::uint64_t>(entries_[number].place, bytes.size()));
-        if (!TakeHeader(lexer, found) || found.number != number) throw PdfError("an object is not where it should be");
+        Lexer lexer(bytes);
+        if (!TakeHeader(bytes, entries_[number].place, lexer, found) || found.number != number) {
+            throw PdfError("an object is not where it should be");
+        }
     }
 }
 
@@ -334,9 +348,11 @@ Document::Place Document::Locate(std::uint32_t number) {
     const Entry& entry = entries_[number];
     if (entry.kind == Kind::Plain) {
         const std::string_view bytes = Bytes();
-        Lexer lexer(bytes, std::min<std::uint64_t>(entry.place, bytes.size()));
+        Lexer lexer(bytes);
         Reference found;
-        if (!TakeHeader(lexer, found) || found.number != number) throw PdfError("an object is not where it should be");
+        if (!TakeHeader(bytes, entry.place, lexer, found) || found.number != number) {
+            throw PdfError("an object is not where it should be");
+        }
         return {bytes.substr(lexer.Position()), true};
     }
     if (entry.place >= numberLimit) throw PdfError("an object stream is missing");
@@ -363,7 +379,7 @@ const Document::ObjectStream& Document::LoadObjectStream(std::uint32_t number) {
         throw PdfError("an object stream is damaged");
     }
     auto stream = std::make_unique<ObjectStream>();
-    stream->bytes = Decode(object, decodeLimit);
+    stream->bytes = Decode(object);
     unpacked_ += stream->bytes.size();
     if (unpacked_ > cacheLimit) throw PdfError("the object streams are too large");
     if (static_cast<std::uint64_t>(*first) > stream->bytes.size()) throw PdfError("an object stream is damaged");
@@ -423,14 +439,25 @@ std::optional<std::string_view> Document::TakeStream(Lexer& lexer, std::string_v
 std::string_view Document::Resolve(std::string_view value) {
     for (int hop = 0; hop < hopLimit; ++hop) {
         const std::optional<Reference> reference = ParseReference(value);
-        if (!reference) return value;
+        if (!reference) {
+            Spend(value.size());
+            return value;
+        }
         Lexer lexer(Locate(reference->number).text);
         value = TakeValue(lexer);
     }
     return nullText;
 }
 
-std::string Document::Decode(const Object& stream, std::size_t limit) {
+void Document::Spend(std::uint64_t bytes) {
+    spent_ += bytes;
+    if (spent_ <= freeWork + workFactor * ReadSize()) return;
+    isExhausting_ = true;
+    throw PdfError("the file is made to be read without an end");
+}
+
+std::string Document::Decode(const Object& stream) {
+    const auto limit = static_cast<std::size_t>(std::min(decodeLimit, freeWork + workFactor * ReadSize()));
     const Dict dictionary(stream.value);
     std::string_view filter = Resolve(dictionary.Find("Filter"));
     std::string_view parameters = Resolve(dictionary.Find("DecodeParms"));
@@ -448,6 +475,7 @@ std::string Document::Decode(const Object& stream, std::size_t limit) {
     }
     if (!IsName(filter, "FlateDecode") && !IsName(filter, "Fl")) throw PdfError("a stream has an unexpected filter");
     std::string bytes = Inflate(stream.stream, limit);
+    Spend(bytes.size());
     const Dict settings(parameters);
     const auto number = [&](std::string_view name, std::int64_t otherwise) {
         const std::int64_t value = ResolveInteger(settings.Find(name)).value_or(otherwise);

@@ -31,6 +31,14 @@ public:
 
     // Whether the file is read as it stands. One that had to be repaired or decrypted is read from a copy in memory.
     bool IsPlain() const { return !normalised_; }
+    // Work with a document has a limit in proportion to its size, because files can be made to be read again and again:
+    // objects inside objects, one page a million times. Whoever begins a task says so; what it costs is told by Spend,
+    // which throws PdfError beyond the limit. Reading tells by itself.
+    void BeginTask() { spent_ = 0; }
+    void Spend(std::uint64_t bytes);
+    // Whether a task came to that limit. Such a file is not worth a repair.
+    bool IsExhausting() const { return isExhausting_; }
+
     // Goes over to a repaired copy; for whoever meets damage that opening did not see. Throws PdfError.
     void Repair();
 
@@ -65,8 +73,9 @@ public:
     Dict ResolveDict(std::string_view value) { return Dict(Resolve(value)); }
     std::optional<std::int64_t> ResolveInteger(std::string_view value) { return ParseInteger(Resolve(value)); }
 
-    // The stream's bytes without its filters; throws PdfError where it has any but Flate, or more than `limit` bytes.
-    std::string Decode(const Object& stream, std::size_t limit);
+    // The stream's bytes without its filters; throws PdfError where it has any but Flate, or unpacks to far more
+    // than the file's size lets expect.
+    std::string Decode(const Object& stream);
 
     const std::string& Version() const { return version_; }  // of the PDF format, as in "1.7"
     const Dict& Trailer() const { return trailer_; }         // of the newest section
@@ -112,6 +121,9 @@ private:
     void ReadTable(Lexer& lexer, std::vector<std::uint32_t>& freed);
     Dict ReadSection(std::uint64_t offset, bool newest);
     Dict ReadStreamSection(std::uint64_t offset);
+    bool IsPlausible(std::uint64_t number) const;
+    // What limits are in proportion to: the bytes as they are read.
+    std::uint64_t ReadSize() const { return normalised_ ? own_.size() : size_; }
     bool SetEntry(std::uint64_t number, const Entry& entry);
     void CheckPlaces();
     const ObjectStream& LoadObjectStream(std::uint32_t number);
@@ -134,6 +146,8 @@ private:
     Sections sections_;
     std::unordered_map<std::uint32_t, std::unique_ptr<ObjectStream>> objectStreams_;
     std::size_t unpacked_ = 0;  // bytes in objectStreams_
+    bool isExhausting_ = false;
+    std::uint64_t spent_ = 0;  // bytes read, unpacked and copied in the current task
 };
 
 }  // namespace zavo::pdf

@@ -37,6 +37,7 @@ public:
 
     // Throws PdfError where the document is damaged; then the pass goes on, but its file is of no use.
     void Add(Document& document, const MergeOptions& options, bool isLastWithBookmarks) {
+        document.BeginTask();
         ObjectCopier copier(document, writer_, shared_);
         const Dict catalog = document.Catalog();
         copier.Map(document.Root().number, catalog_);

@@ -38,6 +38,7 @@ NameTree::NameTree(Document& document, std::string_view root) : document_(docume
     try {
         root_ = Load(rootValue_);
     } catch (const OddTree&) {
+        rootIsShared_ = true;
         Rebuild();
     }
 }
@@ -48,6 +49,10 @@ NameTree::~NameTree() = default;
 std::unique_ptr<NameTree::Node> NameTree::Load(std::string_view value) {
     auto node = std::make_unique<Node>();
     const Dict dictionary = document_.ResolveDict(value);
+    for (const Dict::Entry& entry : dictionary.Entries()) {
+        // Written as a node it would lose this.
+        if (!IsName(entry.key, "Names") && !IsName(entry.key, "Kids") && !IsName(entry.key, "Limits")) throw OddTree();
+    }
     const std::vector<std::string_view> names = ArrayItems(document_.Resolve(dictionary.Find("Names")));
     const std::vector<std::string_view> kids = ArrayItems(document_.Resolve(dictionary.Find("Kids")));
     const std::vector<std::string_view> limits = ArrayItems(document_.Resolve(dictionary.Find("Limits")));
@@ -223,7 +228,7 @@ void NameTree::Rebuild() {
 NameTree::Changes NameTree::Finish(const std::function<std::uint32_t()>& newNumber) {
     Changes changes;
     const std::optional<Reference> place = ParseReference(rootValue_);
-    if (place && document_.Exists(place->number)) {
+    if (place && document_.Exists(place->number) && !rootIsShared_) {
         changes.root = {place->number, document_.Generation(place->number)};
     } else {
         changes.root = {newNumber(), 0};

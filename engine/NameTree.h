@@ -65,6 +65,7 @@ private:
     Document& document_;
     std::string rootValue_;
     std::unique_ptr<Node> root_;
+    bool rootIsShared_ = false;  // the root's object may be something else as well and has to stay as it is
     std::vector<std::pair<std::string, std::string>> added_;
 };
 

@@ -8,6 +8,7 @@
 #include <new>
 #include <qpdf/Buffer.hh>
 #include <qpdf/BufferInputSource.hh>
+#include <qpdf/Pl_Flate.hh>
 #include <qpdf/Pl_Function.hh>
 #include <qpdf/QPDF.hh>
 #include <qpdf/QPDFEmbeddedFileDocumentHelper.hh>
@@ -46,6 +47,10 @@ private:
     std::exception_ptr exception_;
 };
 
+// How many bytes qpdf may read and write for a document of these: files can be made to be read and copied again and
+// again.
+std::uint64_t WorkLimit(std::string_view bytes) { return (std::uint64_t{64} << 20) + 64 * std::uint64_t{bytes.size()}; }
+
 // What qpdf's view of the bytes is; it does not write to them.
 struct InputBytes {
     explicit InputBytes(std::string_view bytes)
@@ -54,11 +59,18 @@ struct InputBytes {
 };
 
 // The document. qpdf reads one object while it reads another where the length of a stream is a reference; a chain of
-// such streams that uses up the stack ends here, as damage.
+// such streams that uses up the stack ends here, as damage. So does a file that is read again and again.
 class Input : private InputBytes, public BufferInputSource {
 public:
     explicit Input(std::string_view bytes)
-        : InputBytes(bytes), BufferInputSource("PDF", &memory), start_(StackPosition()) {}
+        : InputBytes(bytes), BufferInputSource("PDF", &memory), start_(StackPosition()), toRead_(WorkLimit(bytes)) {}
+
+    std::size_t read(char* target, std::size_t size) override {
+        const std::size_t count = BufferInputSource::read(target, size);
+        if (count > toRead_) throw PdfError("the file is made to be read without an end");
+        toRead_ -= count;
+        return count;
+    }
 
     void seek(qpdf_offset_t offset, int whence) override {
         constexpr std::intptr_t deepest = largeStackSize / 2;
@@ -71,6 +83,7 @@ private:
     static std::intptr_t StackPosition() { return reinterpret_cast<std::intptr_t>(__builtin_frame_address(0)); }
 
     std::intptr_t start_;
+    std::uint64_t toRead_;
 };
 
 // Runs work with qpdf; what qpdf throws becomes a PdfError.
@@ -88,9 +101,23 @@ void RunQpdf(HeldException& held, const std::function<void()>& work) {
     held.Throw();
 }
 
+// What qpdf has once for all documents. What it cannot tell a document's logger, because it does not know whose object
+// it is, it tells the default one.
+void SetUpQpdf() {
+    static const bool once = [] {
+        constexpr unsigned long long unpackedLimit = 128ULL << 20;  // of one object stream
+        Pl_Flate::memory_limit(unpackedLimit);
+        const std::shared_ptr<QPDFLogger> logger = QPDFLogger::defaultLogger();
+        logger->setError(logger->discard());
+        return true;
+    }();
+    static_cast<void>(once);
+}
+
 void Open(QPDF& pdf, std::string_view bytes, std::string_view password) {
     // Each stream of a wrong length gives three, and costs a walk over all objects.
     constexpr std::size_t maxWarnings = 5000;
+    SetUpQpdf();
     const std::shared_ptr<QPDFLogger> silent = QPDFLogger::create();
     silent->setInfo(silent->discard());
     silent->setWarn(silent->discard());
@@ -173,7 +200,19 @@ QPDFFileSpecObjectHelper MakeFileSpec(QPDF& pdf, const QpdfAttachment& attachmen
     return {spec};
 }
 
+// A tree with damaged nodes takes new files without keeping them: one of the files that are found in it takes its
+// place.
+void RepairAttachmentTree(QPDF& pdf) {
+    QPDFObjectHandle names = pdf.getRoot().getKey("/Names");
+    if (!names.isDictionary() || !names.hasKey("/EmbeddedFiles")) return;
+    const auto files = QPDFEmbeddedFileDocumentHelper(pdf).getEmbeddedFiles();
+    names.removeKey("/EmbeddedFiles");
+    QPDFEmbeddedFileDocumentHelper tree(pdf);
+    for (const auto& [key, file] : files) tree.replaceEmbeddedFile(key, *file);
+}
+
 void AddAttachments(QPDF& pdf, const std::vector<QpdfAttachment>& attachments, HeldException& held) {
+    RepairAttachmentTree(pdf);
     QPDFEmbeddedFileDocumentHelper tree(pdf);
     std::set<std::string> taken;
     for (const auto& [key, file] : tree.getEmbeddedFiles()) taken.insert(key);
@@ -197,8 +236,12 @@ std::string Normalise(std::string_view bytes, std::string_view password) {
         writer.setPreserveEncryption(false);
         writer.setObjectStreamMode(qpdf_o_disable);
         writer.setDeterministicID(true);
-        Write(
-            writer, [&](std::string_view piece) { normal += piece; }, held);
+        const auto keep = [&](std::string_view piece) {
+            if (normal.size() + piece.size() > WorkLimit(bytes))
+                throw PdfError("the file repeats itself without an end");
+            normal += piece;
+        };
+        Write(writer, keep, held);
     });
     return normal;
 }

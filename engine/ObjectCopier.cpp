@@ -489,8 +489,9 @@ void ObjectCopier::CloseLevel(Frame& frame, const Token& token) {
     if (level.isDictionary) {
         const std::string_view subtype =
             std::string_view(frame.output).substr(level.subtypeBegin, level.subtypeEnd - level.subtypeBegin);
-        const auto replace = [&frame](std::size_t begin, std::size_t end, const std::string& text) {
+        const auto replace = [&](std::size_t begin, std::size_t end, const std::string& text) {
             frame.Flush(frame.lexer.Position() - 2);  // all but ">>"
+            document_.Spend(frame.output.size() - begin);
             frame.output.replace(begin, end - begin, text);
         };
         if (level.targetEnd && IsName(subtype, "GoTo")) {
@@ -526,9 +527,11 @@ void ObjectCopier::CloseLevel(Frame& frame, const Token& token) {
 
 // Writes a complete object, or finds an equal one.
 void ObjectCopier::Finish(Frame& frame) {
+    document_.Spend(frame.output.size());
     if (frame.old == 0) return;
     std::optional<std::string_view> stream;
     if (frame.mayBeStream && frame.output.ends_with(">>")) stream = document_.TakeStream(frame.lexer, frame.length);
+    if (stream) document_.Spend(stream->size());
     if (stream && frame.lengthEnd == 0) throw PdfError("a stream's length is wrong");
 
     if (!frame.isShared) {

@@ -31,6 +31,7 @@ declare -A ZAVO_PACKAGES=(
     [test]="qpdf"
     [corpus]="python3-pikepdf qpdf poppler-utils"
     [peers]="qpdf poppler-utils mupdf-tools pdftk-java"
+    [fuzzer]="clang-14 libclang-rt-14-dev"
     [icons]="librsvg2-bin python3"
     [lint]="clang-14 clang-format-14 clang-tidy-14 git"
     # Manuals with bookmarks, links and named destinations; only their files are wanted, see unpack_packages.

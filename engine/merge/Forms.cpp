@@ -42,8 +42,10 @@ void MergedForms::TakeResources(ObjectCopier& copier, std::string_view resources
         }
         std::map<std::string, std::string>& ours = resources_[categoryName];
         const Dict membersDict(members);
+        std::unordered_set<std::string> seen;
         for (const Dict::Entry& member : membersDict.Entries()) {
             const std::string name = DecodeName(member.key);
+            if (!seen.insert(name).second) continue;  // of equal keys readers take the first
             // The key tells the copier that this is a resource, so that equal ones get one number.
             std::string value =
                 copier.Rewrite("<<" + std::string(category.key) + "<</X " + std::string(member.value) + ">>>>");
@@ -97,12 +99,13 @@ void MergedForms::RenameField(ObjectCopier& copier, std::uint32_t old, const Dic
     const std::string_view token = copier.Source().Resolve(field.Find("T"));
     if (!IsString(token)) return;
     const std::string name = TextToUtf8(DecodeString(token));
-    if (names_.insert(name).second) return;
+    if (names_.emplace(name, 0).second) return;
     std::string other;
-    for (unsigned number = 1;; ++number) {
-        other = name + "+" + std::to_string(number);
-        if (names_.insert(other).second) break;
-    }
+    unsigned number = names_[name];
+    do {
+        other = name + "+" + std::to_string(++number);
+    } while (!names_.emplace(other, 0).second);
+    names_[name] = number;
     DictEdit& edit = copier.EditOf(old);
     edit.removed.emplace_back("T");
     edit.added += "/T" + EncodeString(Utf8ToText(other));

@@ -4,6 +4,7 @@
 #include <map>
 #include <string>
 #include <string_view>
+#include <unordered_map>
 #include <unordered_set>
 #include <vector>
 
@@ -27,7 +28,8 @@ private:
     void WalkFields(ObjectCopier& copier);
     void RenameField(ObjectCopier& copier, std::uint32_t old, const Dict& field);
 
-    std::unordered_set<std::string> names_;                                // UTF-8, of fields that have no parent
+    // UTF-8, of fields that have no parent, with the number that the last one of that name got.
+    std::unordered_map<std::string, unsigned> names_;
     std::map<std::string, std::map<std::string, std::string>> resources_;  // category, name, value
     std::map<std::string, std::string> otherResources_;                    // what is no dictionary, such as /ProcSet
     std::string defaultAppearance_;

@@ -83,11 +83,22 @@ void MergedPages::AddPage(ObjectCopier& copier, std::uint32_t old, const Dict& p
     pages_.push_back(copy);
 }
 
+const std::string& MergedPages::CopyInherited(ObjectCopier& copier, std::string_view value) {
+    constexpr std::size_t smallValue = 64;
+    const auto [copy, isNew] = inherited_.try_emplace(value.data());
+    if (isNew) {
+        copy->second = copier.Rewrite(value);
+        if (copy->second.size() > smallValue) copy->second = ReferenceTo(copier.Writer().Add(copy->second));
+    }
+    return copy->second;
+}
+
 void MergedPages::Copy(ObjectCopier& copier) {
+    inherited_.clear();
     for (const Page& page : pages_) {
         DictEdit edit{{"Parent"}, "/Parent " + ReferenceTo(page.parent)};
         const auto add = [&](std::string_view name, std::string_view value) {
-            if (!value.empty()) edit.added.append(name).append(" ").append(copier.Rewrite(value));
+            if (!value.empty()) edit.added.append(name).append(" ").append(CopyInherited(copier, value));
         };
         add("/Resources", page.missing.resources);
         add("/MediaBox", page.missing.mediaBox);

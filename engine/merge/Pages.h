@@ -3,6 +3,7 @@
 
 #include <string>
 #include <string_view>
+#include <unordered_map>
 #include <unordered_set>
 #include <vector>
 
@@ -44,9 +45,13 @@ private:
     void AddPage(ObjectCopier& copier, std::uint32_t old, const Dict& page, const Inherited& inherited);
     void PrepareLabels(ObjectCopier& copier, const Dict& catalog, std::size_t firstIndex);
 
+    // The copy of a value that several pages inherit; a large one becomes an object, which they share.
+    const std::string& CopyInherited(ObjectCopier& copier, std::string_view value);
+
     std::uint32_t root_;
-    std::vector<Page> pages_;  // of the current input
-    std::string firstTop_;     // top edge of its first page; empty when unknown
+    std::unordered_map<const char*, std::string> inherited_;  // copies, by their places in the current input
+    std::vector<Page> pages_;                                 // of the current input
+    std::string firstTop_;                                    // top edge of its first page; empty when unknown
     std::vector<Leaf> leaves_;
     std::size_t count_ = 0;
     std::string labels_;

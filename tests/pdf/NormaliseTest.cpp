@@ -182,6 +182,10 @@ TEST(Normalise, NothingIsPrinted) {
     testing::internal::CaptureStderr();
     EXPECT_THROW(Normalise("a text", ""), PdfError);
     Normalise(PlainPdf().substr(0, PlainPdf().size() - 20), "");
+    // What qpdf finds fault with without knowing whose it is.
+    std::string odd = PlainPdf();
+    odd.replace(odd.find("/Kids["), 6, "/Kids[1 ");
+    Normalise(odd, "");
     const std::string out = testing::internal::GetCapturedStdout();
     const std::string err = testing::internal::GetCapturedStderr();
     EXPECT_EQ(out, "");
