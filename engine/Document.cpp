@@ -316,7 +316,7 @@ Dict Document::ReadStreamSection(std::uint64_t offset) {
 
 // A number far beyond what the file has room for would only cost memory.
 bool Document::IsPlausible(std::uint64_t number) const {
-    return number < numberLimit && number <= 1024 + 16 * ReadSize();
+    return number < numberLimit && number <= (std::uint64_t{1} << 18) + 16 * ReadSize();
 }
 
 // The first section that names an object is the newest; false where one has done so.

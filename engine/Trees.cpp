@@ -9,6 +9,7 @@ namespace zavo::pdf {
 namespace {
 
 constexpr std::size_t fanOut = 64;
+constexpr std::uint64_t costOfEntry = 1024;  // of keeping one: nodes may share their entries, as often as a file likes
 
 template <typename Visit>
 void VisitTree(Document& document, std::string_view root, std::string_view pairs, const Visit& visit) {
@@ -22,7 +23,10 @@ void VisitTree(Document& document, std::string_view root, std::string_view pairs
         }
         const Dict node = document.ResolveDict(value);
         const std::vector<std::string_view> items = ArrayItems(document.Resolve(node.Find(pairs)));
-        for (std::size_t i = 0; i + 1 < items.size(); i += 2) visit(document.Resolve(items[i]), items[i + 1]);
+        for (std::size_t i = 0; i + 1 < items.size(); i += 2) {
+            document.Spend(costOfEntry);
+            visit(document.Resolve(items[i]), items[i + 1]);
+        }
         const std::vector<std::string_view> kids = ArrayItems(document.Resolve(node.Find("Kids")));
         waiting.insert(waiting.end(), kids.rbegin(), kids.rend());
     }

@@ -1,6 +1,8 @@
 // The form of a merged file.
 #include "engine/merge/Forms.h"
 
+#include <set>
+
 namespace zavo::pdf {
 
 void MergedForms::Prepare(ObjectCopier& copier, const Dict& catalog) {
@@ -28,6 +30,7 @@ void MergedForms::Prepare(ObjectCopier& copier, const Dict& catalog) {
     inheritedAlignment_ = inherit("Q", alignment_);
     if (!form.Has("Q") && !alignment_.empty()) inheritedAlignment_ = "/Q 0";
     WalkFields(copier);
+    RenameFields(copier);
 }
 
 void MergedForms::TakeResources(ObjectCopier& copier, std::string_view resources) {
@@ -83,33 +86,45 @@ void MergedForms::WalkFields(ObjectCopier& copier) {
         const bool isSignature = field.Has("FT") ? IsName(document.Resolve(field.Find("FT")), "Sig") : next.isSignature;
         if (isSignature && field.Has("V")) copier.EditOf(reference->number).removed.emplace_back("V");
         if (next.isTop) {
-            RenameField(copier, reference->number, field);
             DictEdit& edit = copier.EditOf(reference->number);
             if (!field.Has("DA")) edit.added += inheritedAppearance_;
             if (!field.Has("Q")) edit.added += inheritedAlignment_;
         }
-        for (const std::string_view kid : ArrayItems(document.Resolve(field.Find("Kids")))) {
-            waiting.push_back({kid, false, isSignature});
-        }
+        const std::vector<std::string_view> kids = ArrayItems(document.Resolve(field.Find("Kids")));
+        document.Spend(kids.size() * sizeof(Waiting));  // fields may share their kids
+        for (const std::string_view kid : kids) waiting.push_back({kid, false, isSignature});
     }
 }
 
-// Fields of one name would share one value.
-void MergedForms::RenameField(ObjectCopier& copier, std::uint32_t old, const Dict& field) {
-    const std::string_view token = copier.Source().Resolve(field.Find("T"));
-    if (!IsString(token)) return;
-    const std::string name = TextToUtf8(DecodeString(token));
-    if (names_.emplace(name, 0).second) return;
-    std::string other;
-    unsigned number = names_[name];
-    do {
-        other = name + "+" + std::to_string(++number);
-    } while (!names_.emplace(other, 0).second);
-    names_[name] = number;
-    DictEdit& edit = copier.EditOf(old);
-    edit.removed.emplace_back("T");
-    edit.added += "/T" + EncodeString(Utf8ToText(other));
-    copier.fields.emplace(name, other);
+// Fields of one name share one value: within an input they are meant to, but not with those of other inputs.
+void MergedForms::RenameFields(ObjectCopier& copier) {
+    Document& document = copier.Source();
+    std::map<std::string, std::set<std::uint32_t>> own;  // by name in UTF-8: the fields that have it
+    for (const std::string_view value : oldFields_) {
+        const std::optional<Reference> reference = ParseReference(value);
+        if (!reference) continue;
+        const Dict field = document.ResolveDict(value);
+        const std::string_view token = document.Resolve(field.Find("T"));
+        if (IsString(token)) own[TextToUtf8(DecodeString(token))].insert(reference->number);
+    }
+    for (const auto& [name, fields] : own) {
+        const auto known = names_.find(name);
+        if (known == names_.end()) continue;
+        std::string other;
+        do {
+            other = name + "+" + std::to_string(++known->second);
+        } while (names_.contains(other) || own.contains(other));
+        for (const std::uint32_t field : fields) {
+            DictEdit& edit = copier.EditOf(field);
+            edit.removed.emplace_back("T");
+            edit.added += "/T" + EncodeString(Utf8ToText(other));
+        }
+        copier.fields.emplace(name, other);
+    }
+    for (const auto& [name, fields] : own) {
+        const auto renamed = copier.fields.find(name);
+        names_.try_emplace(renamed == copier.fields.end() ? name : renamed->second, 0);
+    }
 }
 
 void MergedForms::Copy(ObjectCopier& copier) {

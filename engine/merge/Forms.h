@@ -26,7 +26,7 @@ public:
 private:
     void TakeResources(ObjectCopier& copier, std::string_view resources);
     void WalkFields(ObjectCopier& copier);
-    void RenameField(ObjectCopier& copier, std::uint32_t old, const Dict& field);
+    void RenameFields(ObjectCopier& copier);
 
     // UTF-8, of fields that have no parent, with the number that the last one of that name got.
     std::unordered_map<std::string, unsigned> names_;

@@ -51,6 +51,7 @@ void MergedPages::Prepare(ObjectCopier& copier, const Dict& catalog) {
         inherit(inherited.cropBox, "CropBox");
         inherit(inherited.rotate, "Rotate");
         const std::vector<std::string_view> kids = ArrayItems(document.Resolve(node.Find("Kids")));
+        document.Spend(kids.size() * sizeof(Waiting));  // nodes may share their kids
         for (const std::string_view kid : std::views::reverse(kids)) waiting.push_back({kid, inherited});
     }
     if (pages_.empty()) throw PdfError("the file has no pages");

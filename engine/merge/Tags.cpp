@@ -105,13 +105,14 @@ void MergedTags::NoteUsedRoles(const ObjectCopier& copier) {
 }
 
 void MergedTags::PrepareClasses(ObjectCopier& copier, const Dict& classes) {
-    for (const Dict::Entry& entry : classes.Entries()) {
-        const std::string name = DecodeName(entry.key);
-        std::string value = copier.Rewrite(entry.value);
+    std::map<std::string, std::string_view> own;  // of equal keys readers take the first
+    for (const Dict::Entry& entry : classes.Entries()) own.emplace(DecodeName(entry.key), entry.value);
+    for (const auto& [name, oldValue] : own) {
+        std::string value = copier.Rewrite(oldValue);
         const auto [known, isNew] = classes_.emplace(name, value);
         if (isNew || known->second == value) continue;
         std::string free = FreeName(classes_, name);
-        while (classes.Has(free)) free = FreeName(classes_, free);
+        while (own.contains(free)) free = FreeName(classes_, free);
         classes_.emplace(free, std::move(value));
         copier.classes.emplace(name, std::move(free));
     }

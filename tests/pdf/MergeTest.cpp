@@ -110,6 +110,41 @@ TEST_F(Merge, EqualNamesBecomeUnique) {
     EXPECT_EQ(dests, "(top)(top#2)(top#3)");
 }
 
+TEST_F(Merge, FieldsThatShareANameInTheirOwnInputGoOnSharingIt) {
+    PdfMaker maker;
+    maker.catalogMore = "/AcroForm<</Fields[4 0 R 5 0 R 6 0 R]>>";
+    maker.more = {"<</FT/Tx/T(a)>>", "<</FT/Tx/T(a)>>", "<</FT/Tx/T(b)>>"};
+    Add(maker);
+    Add(maker);
+    EXPECT_EQ(FieldNames(*Save()), (std::vector<std::string>{"a", "a", "b", "a+1", "a+1", "b+1"}));
+}
+
+TEST_F(Merge, NewFieldNameIsNoneThatTheInputHas) {
+    PdfMaker maker;
+    maker.catalogMore = "/AcroForm<</Fields[4 0 R 5 0 R]>>";
+    maker.more = {"<</FT/Tx/T(a)>>", "<</FT/Tx/T(a+1)>>"};
+    Add(maker);
+    Add(maker);
+    EXPECT_EQ(FieldNames(*Save()), (std::vector<std::string>{"a", "a+1", "a+2", "a+1+1"}));
+}
+
+TEST_F(Merge, ObjectNumbersMayBeginHigh) {
+    std::string pdf = "%PDF-1.4\n";
+    std::string table;
+    const char* const objects[] = {"<</Type/Catalog/Pages 60001 0 R>>", "<</Type/Pages/Kids[60002 0 R]/Count 1>>",
+                                   "<</Type/Page/Parent 60001 0 R/MediaBox[0 0 9 9]>>"};
+    for (int i = 0; i < 3; ++i) {
+        const std::string place = std::to_string(pdf.size());
+        table += std::string(10 - place.size(), '0') + place + " 00000 n \n";
+        pdf += std::to_string(60000 + i) + " 0 obj\n" + objects[i] + "\nendobj\n";
+    }
+    const std::string start = std::to_string(pdf.size());
+    pdf += "xref\n0 1\n0000000000 65535 f \n60000 3\n" + table +
+           "trailer\n<</Size 60003/Root 60000 0 R>>\nstartxref\n" + start + "\n%%EOF\n";
+    Add(pdf);
+    EXPECT_EQ(Titles(*Save()), std::vector<std::string>{"input 1"});
+}
+
 TEST_F(Merge, OnlyGoToActionsFollowARenamedDestination) {
     PdfMaker maker = Rich("x");
     maker.catalogMore += "/OpenAction<</S/GoTo/D(top)/Next<</D(top)/S/GoToR/F(y.pdf)>>>>/AF[7 0 R 8 0 R]";
