@@ -39,8 +39,8 @@ TEST(Document, NewerSectionsHideOlderOnes) {
     const std::string object = std::to_string(pdf.size());
     pdf += "4 0 obj\n(new)\nendobj\n";
     const std::string section = std::to_string(pdf.size());
-    pdf += "xref\n4 1\n" + std::string(10 - object.size(), '0') + object + " 00000 n \ntrailer\n<</Size 6/Root 1 0 R/Prev " +
-           previous + ">>\nstartxref\n" + section + "\n%%EOF\n";
+    pdf += "xref\n4 1\n" + std::string(10 - object.size(), '0') + object +
+           " 00000 n \ntrailer\n<</Size 6/Root 1 0 R/Prev " + previous + ">>\nstartxref\n" + section + "\n%%EOF\n";
     const auto document = Document::FromBytes(pdf);
     EXPECT_TRUE(document->IsPlain());
     EXPECT_EQ(document->Resolve("4 0 R"), "(new)");
@@ -54,10 +54,8 @@ TEST(Document, DamagedFilesAreRepairedOnce) {
     maker.more = {"(four)"};
     const std::string good = maker.Make();
     const std::string bad[] = {
-        Replaced(good, "startxref\n", "startxref\n9"),
-        "junk before\n" + good,
-        good.substr(0, good.rfind("startxref")),
-        Replaced(good, "4 0 obj", "4 0 obk"),
+        Replaced(good, "startxref\n", "startxref\n9"), "junk before\n" + good,
+        good.substr(0, good.rfind("startxref")),       Replaced(good, "4 0 obj", "4 0 obk"),
         Replaced(good, "%PDF-1.7", "%PDF-1.7\n\n"),
     };
     for (const std::string& pdf : bad) {
@@ -70,9 +68,8 @@ TEST(Document, DamagedFilesAreRepairedOnce) {
 
 TEST(Document, WhatIsNoPdfThrows) {
     const std::string good = PdfMaker().Make();
-    for (const std::string& bytes :
-         {std::string(), std::string("%PDF-1.7\n"), std::string("just text"), std::string("PK\3\4 a zip"),
-          std::string(100000, '\0'), good.substr(0, 30)}) {
+    for (const std::string& bytes : {std::string(), std::string("%PDF-1.7\n"), std::string("just text"),
+                                     std::string("PK\3\4 a zip"), std::string(100000, '\0'), good.substr(0, 30)}) {
         EXPECT_THROW(Document::FromBytes(bytes), PdfError) << bytes.substr(0, 20);
     }
 }
@@ -119,6 +116,28 @@ TEST(Document, HugeObjectNumbersCostNothing) {
             EXPECT_LT(document->ObjectLimit(), 100u);  // repaired
         } catch (const PdfError&) {
         }
+    }
+}
+
+// New objects get numbers from there on, which would be out of range when the file is read again.
+TEST(Document, SizeFarBeyondTheFileIsRepaired) {
+    const auto document = Document::FromBytes(Replaced(PdfMaker().Make(), "/Size 4", "/Size 4000000"));
+    EXPECT_FALSE(document->IsPlain());
+    EXPECT_LT(document->CrossReference().size, 100u);
+}
+
+TEST(Document, HeaderMayHaveBlanksAndCommentsButNotForEver) {
+    for (const std::size_t blanks : {std::size_t{1}, std::size_t{100}, std::size_t{1000}}) {
+        std::string pdf = PdfMaker().Make();
+        const std::size_t place = pdf.size();
+        std::string digits = std::to_string(place);
+        pdf += "4%" + std::string(blanks, ' ') + "\n0 obj(four)endobj\n";
+        const std::string old = pdf.substr(pdf.rfind("startxref") + 10, 3);
+        const std::string section = std::to_string(pdf.size());
+        pdf += "xref\n4 1\n" + std::string(10 - digits.size(), '0') + digits +
+               " 00000 n \ntrailer\n<</Size 5/Root 1 0 R/Prev " + old + ">>\nstartxref\n" + section + "\n%%EOF\n";
+        const auto document = Document::FromBytes(pdf);
+        EXPECT_EQ(document->IsPlain(), blanks < 200) << blanks;
     }
 }
 

@@ -73,7 +73,8 @@ TEST(Lexer, TakesWholeValues) {
 }
 
 TEST(Lexer, ValueThatIsMissingOrDoesNotEndThrows) {
-    for (const char* const text : {"", "]", ">>", "R", "endobj", "[1 2", "<</A 1", "[1 endobj 2]", "<</A stream>>", "(x"}) {
+    for (const char* const text :
+         {"", "]", ">>", "R", "endobj", "[1 2", "<</A 1", "[1 endobj 2]", "<</A stream>>", "(x"}) {
         EXPECT_THROW(Value(text), PdfError) << text;
     }
 }
@@ -88,7 +89,8 @@ TEST(Lexer, ReferenceIsNumberGenerationAndR) {
     EXPECT_EQ(ParseReference("12 3 R")->number, 12u);
     EXPECT_EQ(ParseReference("12 3 R")->generation, 3u);
     EXPECT_EQ(ParseReference("12\n 3%x\nR")->number, 12u);
-    for (const char* const text : {"12", "12 0", "12 0 R x", "-1 0 R", "99999999999 0 R", "1 99999 R", "(1 0 R)", "R", ""}) {
+    for (const char* const text :
+         {"12", "12 0", "12 0 R x", "-1 0 R", "99999999999 0 R", "1 99999 R", "(1 0 R)", "R", ""}) {
         EXPECT_FALSE(ParseReference(text)) << text;
     }
 }
@@ -124,7 +126,8 @@ TEST(Dict, KeysMayBeEscaped) {
 TEST(Dict, OtherValueIsEmptyAndDamagedThrows) {
     EXPECT_FALSE(Dict("[/A 1]"sv).Has("A"));
     EXPECT_TRUE(ArrayItems("<</A 1>>").empty());
-    for (const char* const text : {"<</A>>", "<<1 2>>", "<</A 1", "<</A 1]"}) EXPECT_THROW(Dict{std::string_view(text)}, PdfError) << text;
+    for (const char* const text : {"<</A>>", "<<1 2>>", "<</A 1", "<</A 1]"})
+        EXPECT_THROW(Dict{std::string_view(text)}, PdfError) << text;
     EXPECT_THROW(ArrayItems("[1 2"), PdfError);
     EXPECT_EQ(ArrayItems("[1 0 R(x)[]]").size(), 3u);
 }
@@ -167,7 +170,8 @@ TEST(PdfText, KnowsItsThreeEncodings) {
 
 TEST(PdfText, TextSurvivesBothWays) {
     EXPECT_EQ(Utf8ToText("plain (x)"), "plain (x)");
-    for (const char* const text : {"", "abc", "\xC3\xA4", "\xE6\x97\xA5\xE6\x9C\xAC", "\xF0\x9F\x98\x80", "tab\tline\n"}) {
+    for (const char* const text :
+         {"", "abc", "\xC3\xA4", "\xE6\x97\xA5\xE6\x9C\xAC", "\xF0\x9F\x98\x80", "tab\tline\n"}) {
         EXPECT_EQ(TextToUtf8(Utf8ToText(text)), text);
     }
 }
