@@ -5,6 +5,7 @@
 #include <optional>
 
 #include "engine/AppendedSection.h"
+#include "engine/AttachmentNames.h"
 #include "engine/Dates.h"
 #include "engine/Deflate.h"
 #include "engine/NameTree.h"
@@ -59,12 +60,6 @@ constexpr MimeType mimeTypes[] = {
     {"zip", "application/zip"},
 };
 
-// Where the extension with its dot begins; a name that only has a dot at its start has none.
-std::size_t ExtensionPlace(std::string_view name) {
-    const std::size_t dot = name.rfind('.');
-    return dot == std::string_view::npos || dot == 0 ? name.size() : dot;
-}
-
 std::string_view MimeTypeOf(std::string_view name) {
     std::string extension(name.substr(std::min(ExtensionPlace(name) + 1, name.size())));
     for (char& c : extension) {
@@ -85,38 +80,11 @@ std::string SafeName(std::string_view name) {
     return safe.empty() ? "_" : safe;
 }
 
-// For readers that know ASCII only: every other character becomes "_".
-std::string AsciiName(std::string_view utf8) {
-    std::string ascii;
-    for (const char c : utf8) {
-        const auto byte = static_cast<unsigned char>(c);
-        if (byte < 0x80) ascii += c;
-        if (byte >= 0xC0) ascii += '_';  // the first byte of a character
-    }
-    return ascii;
-}
-
-std::string EncodeMimeType(std::string_view type) {
-    std::string name = "/";
-    for (const char c : type) {
-        if (c == '/') {
-            name += "#2F";
-        } else {
-            name += c;
-        }
-    }
-    return name;
-}
-
 // The key of a new file: the name, or "name (2).ext" and so on where there is such a one. Numbers are tried in growing
 // steps, so that a thousand files of one name do not take a thousand looks each.
 std::string FreeKey(NameTree& tree, const Attachment& attachment) {
-    const std::string& name = attachment.Name();
-    const std::size_t dot = ExtensionPlace(name);
     const auto key = [&](std::uint64_t number) {
-        std::string text = attachment.KeyPrefix() + name.substr(0, dot);
-        if (number > 1) text += " (" + std::to_string(number) + ")";
-        return Utf8ToText(text + name.substr(dot));
+        return Utf8ToText(attachment.KeyPrefix() + NumberedFileName(attachment.Name(), number));
     };
     std::uint64_t taken = 0;
     std::uint64_t free = 1;
@@ -133,8 +101,8 @@ std::string FreeKey(NameTree& tree, const Attachment& attachment) {
 
 Reference WriteEmbeddedFile(AppendedSection& section, const Attachment& attachment) {
     const Reference place = section.NewObject();
-    std::string dictionary = "<</Type/EmbeddedFile/Subtype" + EncodeMimeType(MimeTypeOf(attachment.Name())) +
-                             "/Length " + std::to_string(attachment.Content().Size());
+    std::string dictionary = "<</Type/EmbeddedFile/Subtype" + EncodeName(MimeTypeOf(attachment.Name())) + "/Length " +
+                             std::to_string(attachment.Content().Size());
     if (attachment.IsDeflated()) dictionary += "/Filter/FlateDecode";
     dictionary += "/Params<</Size " + std::to_string(attachment.Size());
     const std::string created = DateText(attachment.Created());
@@ -263,7 +231,7 @@ Dict FindSubfolder(Document& document, const Dict& folder, std::string_view name
 
 // --- Attachments -----------------------------------------------------------------------------------------------------
 
-Attachment::Attachment(std::string name, std::string description, std::filesystem::path folder)
+Attachment::Attachment(std::string_view name, std::string description, std::filesystem::path folder)
     : name_(SafeName(name)), description_(std::move(description)), folder_(std::move(folder)) {}
 
 void Attachment::SetContent(std::string_view bytes) {
@@ -346,8 +314,8 @@ const std::shared_ptr<Document>& EditableDocument::Current() {
     return document_;
 }
 
-Attachment& EditableDocument::Add(std::string name, std::string description) {
-    attachments_.push_back(std::make_unique<Attachment>(std::move(name), std::move(description), path_.parent_path()));
+Attachment& EditableDocument::Add(std::string_view name, std::string description) {
+    attachments_.push_back(std::make_unique<Attachment>(name, std::move(description), path_.parent_path()));
     return *attachments_.back();
 }
 

@@ -21,7 +21,7 @@ constexpr std::int64_t unknownTime = -1;
 class Attachment {
 public:
     // `folder` is for what is too large for the memory.
-    Attachment(std::string name, std::string description, std::filesystem::path folder);
+    Attachment(std::string_view name, std::string description, std::filesystem::path folder);
 
     // Compresses the content and keeps it; throws FileError where there is no room for it. What came before stays then.
     void SetContent(std::string_view bytes);
@@ -76,7 +76,7 @@ public:
     const std::shared_ptr<Document>& Current();
 
     // Belongs to this document, and stays when it has been saved.
-    Attachment& Add(std::string name, std::string description);
+    Attachment& Add(std::string_view name, std::string description);
     bool FileInFolder(Attachment& attachment, std::string_view folderPath);
 
     // Writes the document with its new attachments to `path`. Over its own file, where nobody else may hold it then,

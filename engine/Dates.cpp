@@ -13,6 +13,8 @@ namespace chrono = std::chrono;
 
 namespace {
 
+constexpr std::int64_t secondsOfMinute = 60;
+constexpr std::int64_t secondsOfHour = 3600;
 constexpr std::int64_t secondsOfDay = 86400;
 
 // Takes two digits off the front, or `otherwise` where the text ends before them.
@@ -61,8 +63,8 @@ std::optional<std::int64_t> ParseDate(std::string_view text) {
                                       chrono::month(static_cast<unsigned>(*month)),
                                       chrono::day(static_cast<unsigned>(*day)));
     if (!date.ok() || *hour > 23 || *minute > 59 || *second > 59) return std::nullopt;
-    std::int64_t seconds =
-        chrono::sys_days(date).time_since_epoch().count() * secondsOfDay + *hour * 3600 + *minute * 60 + *second;
+    std::int64_t seconds = chrono::sys_days(date).time_since_epoch().count() * secondsOfDay + *hour * secondsOfHour +
+                           *minute * secondsOfMinute + *second;
 
     // How far local time is ahead of UTC: "+01'00'".
     if (text.starts_with("+") || text.starts_with("-")) {
@@ -72,7 +74,7 @@ std::optional<std::int64_t> ParseDate(std::string_view text) {
         if (text.starts_with("'")) text.remove_prefix(1);
         const std::optional<int> minutes = TakePair(text, 0);
         if (!hours || !minutes) return std::nullopt;
-        seconds -= sign * (*hours * 3600 + *minutes * 60);
+        seconds -= sign * (*hours * secondsOfHour + *minutes * secondsOfMinute);
     }
     return seconds;
 }

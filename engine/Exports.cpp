@@ -187,7 +187,9 @@ bool PDFMerge_AddDocument(PdfMerge merge, PdfDocument document, uint32_t firstPa
                           int flag2, const wchar_t* text) {
     return With(merge, [&](PdfMergeHandle& handle) {
         if (!IsValid(document) || firstPage != allPages || lastPage != allPages) return false;
-        handle.inputs.push_back({document->document.Current(), {flag1 != 0, flag2 != 0, Utf8(text)}});
+        const std::shared_ptr<Document>& current = document->document.Current();
+        current->ReleaseBytes();  // of many inputs only the one that is being copied is in memory
+        handle.inputs.push_back({current, {flag1 != 0, flag2 != 0, Utf8(text)}});
         return true;
     });
 }

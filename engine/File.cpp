@@ -64,8 +64,8 @@ void CopyPieces(filesystem::Handle handle, std::uint64_t size, const std::filesy
 
 }  // namespace
 
-InputFile::InputFile(const std::filesystem::path& path)
-    : path_(path), handle_(filesystem::OpenForReading(path_, size_)) {}
+InputFile::InputFile(std::filesystem::path path)
+    : path_(std::move(path)), handle_(filesystem::OpenForReading(path_, size_)) {}
 
 InputFile::~InputFile() { filesystem::Close(handle_); }
 
@@ -114,8 +114,11 @@ void ReplacementFile::FlushBuffer() {
 
 void ReplacementFile::Commit() {
     FlushBuffer();
-    if (targetExisted_) filesystem::TakeAccessOf(handle_, target_);
-    filesystem::Flush(handle_, target_);
+    if (targetExisted_) {
+        filesystem::TakeAccessOf(handle_, target_);
+        // What takes a file's place has to be on the disk before that file goes.
+        filesystem::Flush(handle_, target_);
+    }
     filesystem::Close(handle_);
     handle_ = filesystem::noHandle;
     filesystem::PutInPlace(temporary_, target_);

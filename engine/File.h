@@ -37,7 +37,7 @@ using Sink = std::function<void(std::string_view bytes)>;
 // Paths of any length are taken.
 class InputFile {
 public:
-    explicit InputFile(const std::filesystem::path& path);  // throws FileError
+    explicit InputFile(std::filesystem::path path);  // throws FileError
     InputFile(const InputFile&) = delete;
     InputFile& operator=(const InputFile&) = delete;
     ~InputFile();
@@ -68,7 +68,8 @@ public:
     void Write(std::string_view bytes);  // buffered; throws FileError
     std::uint64_t Position() const { return position_; }
 
-    // Flushes to the disk, closes and puts the file in place; throws FileError. A read-only target is not replaced.
+    // Closes and puts the file in place, flushed to the disk first where there is one to replace; throws FileError. A
+    // read-only target is not replaced.
     void Commit();
 
 private:

@@ -140,8 +140,16 @@ void TakeAccessOf(Handle, const std::filesystem::path&) {}  // ReplaceFileW does
 void PutInPlace(const std::filesystem::path& temporary, const std::filesystem::path& target) {
     const std::wstring from = LongPath(temporary);
     const std::wstring to = LongPath(target);
-    // ReplaceFileW keeps the permissions and streams of the file that was there; not every file system has it.
-    if (ReplaceFileW(to.c_str(), from.c_str(), nullptr, REPLACEFILE_IGNORE_MERGE_ERRORS, nullptr, nullptr)) return;
+    if (GetFileAttributesW(to.c_str()) != INVALID_FILE_ATTRIBUTES) {
+        // Keeps the permissions and streams of the file that was there; not every file system has it. The old file gets
+        // a name that is known, so that nothing is left behind and nothing lost when only one half of it is done.
+        const std::wstring old = from + L".old";
+        if (ReplaceFileW(to.c_str(), from.c_str(), old.c_str(), REPLACEFILE_IGNORE_MERGE_ERRORS, nullptr, nullptr)) {
+            DeleteFileW(old.c_str());
+            return;
+        }
+        MoveFileExW(old.c_str(), to.c_str(), 0);
+    }
     if (!MoveFileExW(from.c_str(), to.c_str(), MOVEFILE_REPLACE_EXISTING | MOVEFILE_WRITE_THROUGH)) {
         Fail(target, "cannot be replaced", GetLastError());
     }

@@ -2,6 +2,8 @@
 #include "engine/Merge.h"
 
 #include <algorithm>
+#include <set>
+#include <string>
 
 #include "engine/ObjectCopier.h"
 #include "engine/ObjectWriter.h"
@@ -26,8 +28,12 @@ constexpr std::string_view lists[] = {"AF", "Threads"};
 // One pass over all inputs into one file.
 class MergePass {
 public:
-    MergePass(ReplacementFile& file, std::string_view version)
-        : writer_(file, version), catalog_(writer_.Allocate()), pages_(writer_), outlines_(writer_), tags_(writer_) {}
+    MergePass(ReplacementFile& file, std::string_view version, const std::set<std::string>& plainRoles)
+        : writer_(file, version),
+          catalog_(writer_.Allocate()),
+          pages_(writer_),
+          outlines_(writer_),
+          tags_(writer_, plainRoles) {}
 
     // Throws PdfError where the document is damaged; then the pass goes on, but its file is of no use.
     void Add(Document& document, const MergeOptions& options, bool isLastWithBookmarks) {
@@ -58,7 +64,10 @@ public:
             }
         }
         copier.Run();
+        tags_.NoteUsedRoles(copier);
     }
+
+    const std::set<std::string>& LatePlainRoles() const { return tags_.LatePlainRoles(); }
 
     void Finish() {
         std::string catalog = "<</Type/Catalog" + pages_.Finish(writer_);
@@ -108,32 +117,36 @@ private:
 }  // namespace
 
 void Merger::Add(std::shared_ptr<Document> document, const MergeOptions& options) {
+    document->ReleaseBytes();  // of many inputs only the one that is being copied is in memory
     inputs_.push_back({std::move(document), options});
 }
 
 // The inputs without those that are damaged and cannot be repaired, or were repaired before.
-std::vector<Merger::Input> Merger::RepairDamaged(const std::vector<Input>& inputs, const std::vector<bool>& isDamaged) {
+std::vector<Merger::Input> Merger::RepairDamaged(const std::vector<Input>& inputs, const std::vector<bool>& isDamaged,
+                                                 BeyondRepair beyondRepair) {
     std::vector<bool> wasPlain;  // asked first: one document may be there twice
+    wasPlain.reserve(inputs.size());
     for (const Input& input : inputs) wasPlain.push_back(input.document->IsPlain());
     std::vector<Input> readable;
     for (std::size_t i = 0; i < inputs.size(); ++i) {
-        if (isDamaged[i]) {
-            if (!wasPlain[i]) continue;
-            try {
-                if (inputs[i].document->IsPlain()) inputs[i].document->Repair();
-            } catch (const PdfError&) {
-                continue;
+        Document& document = *inputs[i].document;
+        try {
+            if (isDamaged[i] && (document.IsPlain() || !wasPlain[i])) document.Repair();
+            readable.push_back(inputs[i]);
+        } catch (const PdfError& error) {
+            if (beyondRepair == BeyondRepair::IsAnError) {
+                throw PdfError(Utf8FromPath(document.Path()) + ": " + error.what());
             }
         }
-        readable.push_back(inputs[i]);
     }
     return readable;
 }
 
-void Merger::Save(const std::filesystem::path& path) {
+void Merger::Save(const std::filesystem::path& path, BeyondRepair beyondRepair) {
     std::vector<Input> inputs = inputs_;
+    std::set<std::string> plainRoles;
     // A pass that meets damage goes on, to find all of it at once; then the damaged inputs are repaired and the next
-    // pass starts. What is damaged even so is left out.
+    // pass starts. The same for structure types that one input maps and a later one uses as they are.
     for (;;) {
         std::string version = "1.5";  // object streams need it
         for (const Input& input : inputs) version = std::max(version, input.document->Version());
@@ -142,7 +155,7 @@ void Merger::Save(const std::filesystem::path& path) {
                                        [](const Input& input) { return input.options.keepBookmarks; });
 
         ReplacementFile file(path);
-        MergePass pass(file, version);
+        MergePass pass(file, version, plainRoles);
         std::vector<bool> isDamaged(inputs.size());
         for (std::size_t i = 0; i < inputs.size(); ++i) {
             try {
@@ -152,12 +165,14 @@ void Merger::Save(const std::filesystem::path& path) {
             }
             inputs[i].document->ReleaseBytes();
         }
-        if (std::find(isDamaged.begin(), isDamaged.end(), true) == isDamaged.end()) {
+        const bool anyDamaged = std::find(isDamaged.begin(), isDamaged.end(), true) != isDamaged.end();
+        if (!anyDamaged && pass.LatePlainRoles().empty()) {
             pass.Finish();
             file.Commit();
             return;
         }
-        inputs = RepairDamaged(inputs, isDamaged);
+        plainRoles.insert(pass.LatePlainRoles().begin(), pass.LatePlainRoles().end());
+        if (anyDamaged) inputs = RepairDamaged(inputs, isDamaged, beyondRepair);
     }
 }
 

@@ -20,10 +20,11 @@ class Merger {
 public:
     void Add(std::shared_ptr<Document> document, const MergeOptions& options);
 
-    // Writes the merged PDF and puts it in place at once. An input that turns out to be damaged is repaired, one that
-    // cannot be is left out. Throws PdfError where nothing is left to write, FileError where the file cannot be
-    // written; what was at `path` is then as before. The same inputs give the same bytes.
-    void Save(const std::filesystem::path& path);
+    // Writes the merged PDF and puts it in place at once. An input that turns out to be damaged is repaired. Throws
+    // PdfError where nothing is left to write, FileError where the file cannot be written; what was at `path` is then
+    // as before. The same inputs give the same bytes.
+    enum class BeyondRepair { IsLeftOut, IsAnError };
+    void Save(const std::filesystem::path& path, BeyondRepair beyondRepair = BeyondRepair::IsLeftOut);
 
 private:
     struct Input {
@@ -31,7 +32,8 @@ private:
         MergeOptions options;
     };
 
-    static std::vector<Input> RepairDamaged(const std::vector<Input>& inputs, const std::vector<bool>& isDamaged);
+    static std::vector<Input> RepairDamaged(const std::vector<Input>& inputs, const std::vector<bool>& isDamaged,
+                                            BeyondRepair beyondRepair);
 
     std::vector<Input> inputs_;
 };

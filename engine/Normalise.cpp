@@ -20,6 +20,7 @@
 #include <stdexcept>
 #include <utility>
 
+#include "engine/AttachmentNames.h"
 #include "engine/Dates.h"
 #include "engine/LargeStack.h"
 
@@ -149,30 +150,10 @@ void Write(QPDFWriter& writer, const Sink& sink, HeldException& held) {
     writer.write();
 }
 
-// The name for readers that know ASCII only: each other character becomes "_".
-std::string AsciiName(std::string_view utf8) {
-    constexpr unsigned char firstContinuation = 0x80;
-    constexpr unsigned char firstLead = 0xC0;
-    std::string ascii;
-    for (const char c : utf8) {
-        const auto byte = static_cast<unsigned char>(c);
-        if (byte < firstContinuation) {
-            ascii += c;
-        } else if (byte >= firstLead) {
-            ascii += '_';
-        }
-    }
-    return ascii;
-}
-
 // "name.ext", or "name (2).ext" where there is one already, and so on.
 std::string UniqueKey(const std::set<std::string>& taken, const std::string& prefix, const std::string& name) {
     std::string key = prefix + name;
-    const std::size_t dot = name.rfind('.');
-    const std::string stem = name.substr(0, dot == 0 ? std::string::npos : dot);
-    for (unsigned number = 2; taken.count(key) > 0; ++number) {
-        key = prefix + stem + " (" + std::to_string(number) + ")" + name.substr(stem.size());
-    }
+    for (unsigned number = 2; taken.count(key) > 0; ++number) key = prefix + NumberedFileName(name, number);
     return key;
 }
 

@@ -27,6 +27,8 @@ enum class ObjectCopier::Key : std::uint8_t {
     Identifier,      // /ID
     Headers,         // identifiers of header cells
     AttributeClass,  // /C
+    FieldNames,      // /Fields of an action
+    Title,           // /T, field names where the dictionary is a Hide action
     Length,
     Shared,        // its value is a resource
     SharedMembers  // so are the members of its value
@@ -44,6 +46,8 @@ struct ObjectCopier::Level {
     std::size_t targetEnd = 0;
     std::size_t subtypeBegin = 0;
     std::size_t subtypeEnd = 0;
+    std::size_t titleBegin = 0;
+    std::size_t titleEnd = 0;
     bool hasParent = false;
 };
 
@@ -197,7 +201,10 @@ ObjectCopier::Key ObjectCopier::KeyOf(std::string_view name) {
         {"/ID", Key::Identifier},
         {"/Headers", Key::Headers},
         {"/C", Key::AttributeClass},
+        {"/Fields", Key::FieldNames},
+        {"/T", Key::Title},
         {"/Length", Key::Length},
+        {"/CIDSet", Key::Shared},
         {"/CIDSystemInfo", Key::Shared},
         {"/CIDToGIDMap", Key::Shared},
         {"/CS", Key::Shared},
@@ -252,6 +259,10 @@ bool ObjectCopier::Step(Frame& frame) {
                 const bool isDictionary = token.kind == TokenKind::DictOpen;
                 const Key key = frame.levels.empty() ? frame.key : frame.levels.back().key;
                 const Key container = frame.levels.empty() ? frame.container : frame.levels.back().container;
+                if (!isDictionary && key == Key::Title && !frame.levels.empty() && frame.levels.back().isDictionary) {
+                    frame.Flush(frame.PlaceOf(token));
+                    frame.levels.back().titleBegin = frame.output.size();
+                }
                 frame.levels.push_back(
                     {isDictionary, isDictionary, isDictionary ? Key::Other : key, isDictionary ? key : container});
                 continue;
@@ -395,17 +406,22 @@ void ObjectCopier::TakeScalar(Frame& frame, const Token& token) {
         const auto known = renames.find(DecodeString(token.text));
         if (known != renames.end()) frame.Replace(token, EncodeString(known->second));
     };
+    const auto note = [&](std::size_t& begin, std::size_t& end) {
+        if (!level.isDictionary) return;
+        frame.Flush(frame.PlaceOf(token));
+        begin = frame.output.size();
+        frame.Flush(frame.lexer.Position());
+        end = frame.output.size();
+    };
     switch (level.key) {
         case Key::Destination:
             if (level.isDictionary) frame.Replace(token, Destination(token.text));
             break;
-        case Key::ActionTarget:
-        case Key::Subtype:
-            if (!level.isDictionary) break;
-            frame.Flush(frame.PlaceOf(token));
-            (level.key == Key::Subtype ? level.subtypeBegin : level.targetBegin) = frame.output.size();
-            frame.Flush(frame.lexer.Position());
-            (level.key == Key::Subtype ? level.subtypeEnd : level.targetEnd) = frame.output.size();
+        case Key::ActionTarget: note(level.targetBegin, level.targetEnd); break;
+        case Key::Subtype: note(level.subtypeBegin, level.subtypeEnd); break;
+        case Key::Title: note(level.titleBegin, level.titleEnd); break;
+        case Key::FieldNames:
+            if (!isName && !fields.empty()) frame.Replace(token, FieldName(token.text));
             break;
         case Key::DefaultAppearance:
             if (!isName && !fonts.empty()) frame.Replace(token, DefaultAppearance(token.text));
@@ -446,6 +462,28 @@ std::string ObjectCopier::DefaultAppearance(std::string_view token) const {
     return EncodeString(text.append(old, copied, std::string::npos));
 }
 
+// A field's full name, whose first part is the name of a field without a parent.
+std::string ObjectCopier::FieldName(std::string_view token) const {
+    const std::string name = TextToUtf8(DecodeString(token));
+    const std::size_t end = std::min(name.find('.'), name.size());
+    const auto known = fields.find(name.substr(0, end));
+    if (known == fields.end()) return std::string(token);
+    return EncodeString(Utf8ToText(known->second + name.substr(end)));
+}
+
+// One name, or an array of names and other things.
+std::string ObjectCopier::FieldNames(std::string_view value) const {
+    std::string text;
+    Lexer lexer(value);
+    std::size_t copied = 0;
+    for (Token token = lexer.Next(); token.kind != TokenKind::End; token = lexer.Next()) {
+        if (token.kind != TokenKind::String && token.kind != TokenKind::HexString) continue;
+        text.append(value.substr(copied, lexer.Position() - token.text.size() - copied)).append(FieldName(token.text));
+        copied = lexer.Position();
+    }
+    return text.append(value.substr(copied));
+}
+
 void ObjectCopier::CloseLevel(Frame& frame, const Token& token) {
     const Level level = frame.levels.back();
     if (level.isDictionary) {
@@ -459,10 +497,16 @@ void ObjectCopier::CloseLevel(Frame& frame, const Token& token) {
         if (level.targetEnd && IsName(subtype, "GoTo")) {
             replace(level.targetBegin, level.targetEnd,
                     Destination(frame.output.substr(level.targetBegin, level.targetEnd - level.targetBegin)));
-        } else if (level.subtypeEnd && level.hasParent && !roles.empty()) {
-            if (const auto known = roles.find(DecodeName(subtype)); known != roles.end()) {
+        } else if (level.titleEnd && !fields.empty() && IsName(subtype, "Hide")) {
+            replace(level.titleBegin, level.titleEnd,
+                    FieldNames(frame.output.substr(level.titleBegin, level.titleEnd - level.titleBegin)));
+        } else if (level.subtypeEnd && level.hasParent) {
+            std::string role = DecodeName(subtype);
+            if (const auto known = roles.find(role); known != roles.end()) {
                 replace(level.subtypeBegin, level.subtypeEnd, EncodeName(known->second));
+                role = known->second;
             }
+            usedRoles.insert(std::move(role));
         }
         if (frame.edit && frame.levels.size() == 1 && !frame.edit->added.empty()) {
             frame.Flush(frame.PlaceOf(token));
@@ -473,6 +517,10 @@ void ObjectCopier::CloseLevel(Frame& frame, const Token& token) {
     if (frame.levels.empty()) {
         frame.Flush(frame.lexer.Position());
     } else {
+        if (!level.isDictionary && level.key == Key::Title && frame.levels.back().isDictionary) {
+            frame.Flush(frame.lexer.Position());
+            frame.levels.back().titleEnd = frame.output.size();
+        }
         frame.levels.back().expectsKey = frame.levels.back().isDictionary;
     }
 }

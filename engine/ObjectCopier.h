@@ -7,6 +7,7 @@
 #include <string>
 #include <string_view>
 #include <unordered_map>
+#include <unordered_set>
 #include <vector>
 
 #include "engine/Document.h"
@@ -75,12 +76,15 @@ public:
     void Run();
 
     // Set these before anything is copied.
-    Renames destinations;                     // bytes of all named destinations of the document's name tree
-    Renames destinationNames;                 // the same for those of its /Dests dictionary, which become strings
-    Renames fonts;                            // names in /DA
-    Renames roles;                            // names of structure types
-    Renames classes;                          // names of attribute classes
-    Renames elementIds;                       // bytes of structure elements' identifiers
+    Renames destinations;      // bytes of all named destinations of the document's name tree
+    Renames destinationNames;  // the same for those of its /Dests dictionary, which become strings
+    Renames fonts;             // names in /DA
+    Renames roles;             // names of structure types
+    Renames classes;           // names of attribute classes
+    Renames elementIds;        // bytes of structure elements' identifiers
+    Renames fields;            // UTF-8 names of fields that have no parent, for actions that name them
+    // The structure types of the elements that were copied.
+    std::unordered_set<std::string> usedRoles;
     std::vector<std::int64_t> structureKeys;  // sorted: keys of the parent tree; other /StructParent(s) are dropped
     std::int64_t firstStructureKey = 0;       // the first of them becomes this, and so on
 
@@ -97,6 +101,8 @@ private:
     void TakeScalar(Frame& frame, const Token& token);
     std::string Destination(std::string_view token) const;
     std::string DefaultAppearance(std::string_view token) const;
+    std::string FieldName(std::string_view token) const;
+    std::string FieldNames(std::string_view value) const;
     void CloseLevel(Frame& frame, const Token& token);
     void Finish(Frame& frame);
     void DropEntry(Frame& frame);

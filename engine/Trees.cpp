@@ -28,6 +28,35 @@ void VisitTree(Document& document, std::string_view root, std::string_view pairs
     }
 }
 
+std::string KeyText(std::string_view key) { return EncodeString(key); }
+std::string KeyText(std::int64_t key) { return std::to_string(key); }
+
+template <typename Key>
+std::string Limits(const TreeNode<Key>& node) {
+    return "/Limits[" + KeyText(node.first) + " " + KeyText(node.last) + "]";
+}
+
+// Writes all nodes above the given ones; gives the root's number.
+template <typename Key>
+std::uint32_t WriteUpperNodes(ObjectWriter& writer, std::vector<TreeNode<Key>> nodes) {
+    const auto kids = [&nodes](std::size_t begin, std::size_t end) {
+        std::string text = "/Kids[";
+        for (std::size_t i = begin; i < end; ++i) text += ReferenceTo(nodes[i].number) + " ";
+        return text + "]>>";
+    };
+    while (nodes.size() > fanOut) {
+        std::vector<TreeNode<Key>> upper;
+        for (std::size_t begin = 0; begin < nodes.size(); begin += fanOut) {
+            const std::size_t end = std::min(begin + fanOut, nodes.size());
+            TreeNode<Key> node{0, nodes[begin].first, nodes[end - 1].last};
+            node.number = writer.Add("<<" + Limits(node) + kids(begin, end));
+            upper.push_back(node);
+        }
+        nodes = std::move(upper);
+    }
+    return writer.Add("<<" + kids(0, nodes.size()));
+}
+
 }  // namespace
 
 void VisitNameTree(Document& document, std::string_view root, const NameVisitor& visit) {
@@ -62,19 +91,11 @@ void NameTreeBuilder::Add(std::string_view name, std::string_view value) {
 std::uint32_t NameTreeBuilder::Write(ObjectWriter& writer) {
     std::sort(entries_.begin(), entries_.end(),
               [this](const Entry& a, const Entry& b) { return NameOf(a) < NameOf(b); });
-    struct Node {
-        std::uint32_t number;
-        std::string_view first;
-        std::string_view last;
-    };
-    const auto limits = [](std::string_view first, std::string_view last) {
-        return "/Limits[" + EncodeString(first) + EncodeString(last) + "]";
-    };
-    std::vector<Node> nodes;
+    std::vector<TreeNode<std::string_view>> nodes;
     for (std::size_t begin = 0; begin < entries_.size(); begin += fanOut) {
         const std::size_t end = std::min(begin + fanOut, entries_.size());
-        Node node{0, NameOf(entries_[begin]), NameOf(entries_[end - 1])};
-        std::string text = "<<" + limits(node.first, node.last) + "/Names[";
+        TreeNode<std::string_view> node{0, NameOf(entries_[begin]), NameOf(entries_[end - 1])};
+        std::string text = "<<" + Limits(node) + "/Names[";
         for (std::size_t i = begin; i < end; ++i) {
             const Entry& entry = entries_[i];
             text += EncodeString(NameOf(entry)) + " ";
@@ -83,21 +104,7 @@ std::uint32_t NameTreeBuilder::Write(ObjectWriter& writer) {
         node.number = writer.Add(text + "]>>");
         nodes.push_back(node);
     }
-    while (nodes.size() > fanOut) {
-        std::vector<Node> upper;
-        for (std::size_t begin = 0; begin < nodes.size(); begin += fanOut) {
-            const std::size_t end = std::min(begin + fanOut, nodes.size());
-            Node node{0, nodes[begin].first, nodes[end - 1].last};
-            std::string text = "<<" + limits(node.first, node.last) + "/Kids[";
-            for (std::size_t i = begin; i < end; ++i) text += ReferenceTo(nodes[i].number) + " ";
-            node.number = writer.Add(text + "]>>");
-            upper.push_back(node);
-        }
-        nodes = std::move(upper);
-    }
-    std::string root = "<</Kids[";
-    for (const Node& node : nodes) root += ReferenceTo(node.number) + " ";
-    return writer.Add(root + "]>>");
+    return WriteUpperNodes(writer, std::move(nodes));
 }
 
 void NumberTreeBuilder::Add(ObjectWriter& writer, std::int64_t number, std::string_view value) {
@@ -111,30 +118,16 @@ void NumberTreeBuilder::Add(ObjectWriter& writer, std::int64_t number, std::stri
 
 void NumberTreeBuilder::WriteLeaf(ObjectWriter& writer) {
     if (leafCount_ == 0) return;
-    const std::uint32_t number =
-        writer.Add("<</Limits[" + std::to_string(leafFirst_) + " " + std::to_string(last_) + "]/Nums[" + leaf_ + "]>>");
-    kids_.push_back({number, leafFirst_, last_});
+    TreeNode<std::int64_t> node{0, leafFirst_, last_};
+    node.number = writer.Add("<<" + Limits(node) + "/Nums[" + leaf_ + "]>>");
+    leaves_.push_back(node);
     leaf_.clear();
     leafCount_ = 0;
 }
 
 std::uint32_t NumberTreeBuilder::Write(ObjectWriter& writer) {
     WriteLeaf(writer);
-    while (kids_.size() > fanOut) {
-        std::vector<Kid> upper;
-        for (std::size_t begin = 0; begin < kids_.size(); begin += fanOut) {
-            const std::size_t end = std::min(begin + fanOut, kids_.size());
-            Kid kid{0, kids_[begin].first, kids_[end - 1].last};
-            std::string text = "<</Limits[" + std::to_string(kid.first) + " " + std::to_string(kid.last) + "]/Kids[";
-            for (std::size_t i = begin; i < end; ++i) text += ReferenceTo(kids_[i].number) + " ";
-            kid.number = writer.Add(text + "]>>");
-            upper.push_back(kid);
-        }
-        kids_ = std::move(upper);
-    }
-    std::string root = "<</Kids[";
-    for (const Kid& kid : kids_) root += ReferenceTo(kid.number) + " ";
-    return writer.Add(root + "]>>");
+    return WriteUpperNodes(writer, std::move(leaves_));
 }
 
 }  // namespace zavo::pdf

@@ -20,6 +20,14 @@ void VisitNameTree(Document& document, std::string_view root, const NameVisitor&
 using NumberVisitor = std::function<void(std::int64_t number, std::string_view value)>;
 void VisitNumberTree(Document& document, std::string_view root, const NumberVisitor& visit);
 
+// A node of a tree that is being written, with its first and last key.
+template <typename Key>
+struct TreeNode {
+    std::uint32_t number;
+    Key first;
+    Key last;
+};
+
 // A name tree for a new file. Names and values are kept one behind the other in one piece of memory.
 class NameTreeBuilder {
 public:
@@ -57,11 +65,6 @@ public:
     std::uint32_t Write(ObjectWriter& writer);
 
 private:
-    struct Kid {
-        std::uint32_t number;
-        std::int64_t first;
-        std::int64_t last;
-    };
     void WriteLeaf(ObjectWriter& writer);
 
     bool any_ = false;
@@ -69,7 +72,7 @@ private:
     std::size_t leafCount_ = 0;
     std::int64_t leafFirst_ = 0;
     std::int64_t last_ = 0;
-    std::vector<Kid> kids_;
+    std::vector<TreeNode<std::int64_t>> leaves_;
 };
 
 }  // namespace zavo::pdf

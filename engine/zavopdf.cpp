@@ -82,7 +82,7 @@ void Merge(const Paths& paths) {
     for (std::size_t i = 1; i < paths.size(); ++i) {
         merger.Add(OpenNamed(paths[i], [&] { return std::shared_ptr<Document>(Document::Open(paths[i], "")); }), {});
     }
-    OpenNamed(paths[0], [&] { merger.Save(paths[0]); });
+    merger.Save(paths[0], Merger::BeyondRepair::IsAnError);
 }
 
 void Attach(const Paths& paths) {

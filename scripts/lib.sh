@@ -69,8 +69,8 @@ need_packages() {
     fi
 }
 
-# Downloads the packages of a group and unpacks them in the cache, without installing them and what they need. Prints the
-# folder. It needs no root where the lists of packages are there.
+# Downloads the packages of a group and unpacks them in the cache, without installing them and what they need. Prints
+# the folder. It needs no root where the lists of packages are there.
 unpack_packages() {
     local packages key folder
     read -ra packages <<<"${ZAVO_PACKAGES[$1]//$'\n'/ }"

@@ -26,6 +26,7 @@ void MergedForms::Prepare(ObjectCopier& copier, const Dict& catalog) {
     };
     inheritedAppearance_ = inherit("DA", defaultAppearance_);
     inheritedAlignment_ = inherit("Q", alignment_);
+    if (!form.Has("Q") && !alignment_.empty()) inheritedAlignment_ = "/Q 0";
     WalkFields(copier);
 }
 
@@ -80,7 +81,7 @@ void MergedForms::WalkFields(ObjectCopier& copier) {
         if (!reference || !seen.insert(reference->number).second) continue;
         const Dict field = document.ResolveDict(next.value);
         const bool isSignature = field.Has("FT") ? IsName(document.Resolve(field.Find("FT")), "Sig") : next.isSignature;
-        if (isSignature && field.Has("V")) copier.EditOf(reference->number).removed.push_back("V");
+        if (isSignature && field.Has("V")) copier.EditOf(reference->number).removed.emplace_back("V");
         if (next.isTop) {
             RenameField(copier, reference->number, field);
             DictEdit& edit = copier.EditOf(reference->number);
@@ -106,8 +107,9 @@ void MergedForms::RenameField(ObjectCopier& copier, std::uint32_t old, const Dic
     } while (!names_.emplace(other, 0).second);
     names_[name] = number;
     DictEdit& edit = copier.EditOf(old);
-    edit.removed.push_back("T");
+    edit.removed.emplace_back("T");
     edit.added += "/T" + EncodeString(Utf8ToText(other));
+    copier.fields.emplace(name, other);
 }
 
 void MergedForms::Copy(ObjectCopier& copier) {

@@ -1,6 +1,8 @@
 // What a merged file finds by name.
 #include "engine/merge/Names.h"
 
+#include "engine/AttachmentNames.h"
+
 namespace zavo::pdf {
 
 namespace {
@@ -13,19 +15,16 @@ constexpr const char* otherCategories[] = {
 
 std::string NumberedName(const std::string& name, unsigned number) { return name + "#" + std::to_string(number); }
 
-}  // namespace
-
-std::string NumberedFileName(const std::string& name, unsigned number) {
-    const std::size_t point = name.rfind('.');
-    const std::string form = " (" + std::to_string(number) + ")";
-    if (point == std::string::npos || point == 0) return name + form;
-    return name.substr(0, point) + form + name.substr(point);
+std::string NumberedAttachment(const std::string& name, unsigned number) {
+    return Utf8ToText(NumberedFileName(TextToUtf8(name), number));
 }
+
+}  // namespace
 
 void MergedNames::Take(const std::string& category, const std::string& name, std::string_view value, Renames* renames) {
     if (renames && renames->contains(name)) return;  // of two equal names readers take the first
     NameTreeBuilder& tree = trees_[category];
-    std::string free = tree.TakeFreeName(name, category == attachmentCategory ? NumberedFileName : NumberedName);
+    std::string free = tree.TakeFreeName(name, category == attachmentCategory ? NumberedAttachment : NumberedName);
     if (renames) renames->emplace(name, free);
     named_.push_back({&tree, std::move(free), value});
 }

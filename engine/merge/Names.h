@@ -32,7 +32,4 @@ private:
     std::vector<Named> named_;                      // of the current input
 };
 
-// "report.pdf", "report (2).pdf", "report (3).pdf": how the attachments of one name are told apart.
-std::string NumberedFileName(const std::string& name, unsigned number);
-
 }  // namespace zavo::pdf

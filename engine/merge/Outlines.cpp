@@ -37,7 +37,7 @@ void MergedOutlines::Prepare(ObjectCopier& copier, const Dict& catalog, bool isL
     if (!oldFirst_) return;
     copier.Assign(oldFirst_, own_);
     DictEdit& firstEdit = copier.EditOf(oldFirst_);
-    firstEdit.removed.push_back("Prev");
+    firstEdit.removed.emplace_back("Prev");
     firstEdit.added += before;
     ownLast_ = own_;
     if (oldLast_ != oldFirst_) {
@@ -45,7 +45,7 @@ void MergedOutlines::Prepare(ObjectCopier& copier, const Dict& catalog, bool isL
         copier.Assign(oldLast_, ownLast_);
     }
     DictEdit& lastEdit = copier.EditOf(oldLast_);
-    lastEdit.removed.push_back("Next");
+    lastEdit.removed.emplace_back("Next");
     lastEdit.added += after;
 }
 

@@ -2,6 +2,7 @@
 #include "engine/merge/Pages.h"
 
 #include <map>
+#include <ranges>
 
 #include "engine/Trees.h"
 
@@ -50,7 +51,7 @@ void MergedPages::Prepare(ObjectCopier& copier, const Dict& catalog) {
         inherit(inherited.cropBox, "CropBox");
         inherit(inherited.rotate, "Rotate");
         const std::vector<std::string_view> kids = ArrayItems(document.Resolve(node.Find("Kids")));
-        for (auto kid = kids.rbegin(); kid != kids.rend(); ++kid) waiting.push_back({*kid, inherited});
+        for (const std::string_view kid : std::views::reverse(kids)) waiting.push_back({kid, inherited});
     }
     if (pages_.empty()) throw PdfError("the file has no pages");
     PrepareLabels(copier, catalog, firstIndex);

@@ -1,9 +1,23 @@
 // The structure tree of a merged file.
 #include "engine/merge/Tags.h"
 
+#include <algorithm>
+
 namespace zavo::pdf {
 
 namespace {
+
+// The standard structure types (ISO 32000-1, 14.8.4); they mean something without any map.
+constexpr std::string_view standardRoles[] = {
+    "Annot",   "Art",   "BibEntry", "BlockQuote", "Caption",   "Code",  "Div",  "Document", "Figure",  "Form",
+    "Formula", "H",     "H1",       "H2",         "H3",        "H4",    "H5",   "H6",       "Index",   "L",
+    "LBody",   "LI",    "Lbl",      "Link",       "NonStruct", "Note",  "P",    "Part",     "Private", "Quote",
+    "RB",      "RP",    "RT",       "Reference",  "Ruby",      "Sect",  "Span", "TBody",    "TD",      "TFoot",
+    "TH",      "THead", "TOC",      "TOCI",       "TR",        "Table", "WP",   "WT",       "Warichu"};
+
+bool IsStandardRole(std::string_view name) {
+    return std::find(std::begin(standardRoles), std::end(standardRoles), name) != std::end(standardRoles);
+}
 
 // A name like `name` that is not in `names`.
 template <typename Names>
@@ -16,13 +30,15 @@ std::string FreeName(const Names& names, const std::string& name) {
 
 }  // namespace
 
-MergedTags::MergedTags(ObjectWriter& writer) : root_(writer.Allocate()) {}
+MergedTags::MergedTags(ObjectWriter& writer, std::set<std::string> plainRoles)
+    : root_(writer.Allocate()), plainRoles_(std::move(plainRoles)) {}
 
 void MergedTags::Prepare(ObjectCopier& copier, const Dict& catalog) {
     Document& document = copier.Source();
     oldElements_ = {};
     oldParents_.clear();
     oldIdentifiers_.clear();
+    mappedRoles_.clear();
     const std::string_view rootValue = catalog.Find("StructTreeRoot");
     const Dict root = document.ResolveDict(rootValue);
     oldElements_ = root.Find("K");
@@ -53,26 +69,39 @@ void MergedTags::Prepare(ObjectCopier& copier, const Dict& catalog) {
     PrepareClasses(copier, document.ResolveDict(root.Find("ClassMap")));
 }
 
-// A role that means something else in an input before gets another name.
+// A structure type that means something else in another input gets another name.
 void MergedTags::PrepareRoles(ObjectCopier& copier, const Dict& roles) {
     Document& document = copier.Source();
     std::map<std::string, std::string> own;
     for (const Dict::Entry& entry : roles.Entries()) {
-        own.emplace(DecodeName(entry.key), DecodeName(document.Resolve(entry.value)));
+        std::string name = DecodeName(entry.key);
+        std::string target = DecodeName(document.Resolve(entry.value));
+        if (name != target) own.emplace(std::move(name), std::move(target));
     }
     for (const auto& [name, target] : own) {
         const auto known = roles_.find(name);
-        if (known != roles_.end() && known->second != target) {
-            std::string free = FreeName(roles_, name);
-            while (own.contains(free)) free = FreeName(roles_, free);
-            copier.roles.emplace(name, std::move(free));
-        }
+        const bool isOther = known != roles_.end() && known->second != target;
+        if (!isOther && !IsStandardRole(name) && !plainRoles_.contains(name)) continue;
+        std::string free = FreeName(roles_, name);
+        while (own.contains(free) || plainRoles_.contains(free)) free = FreeName(roles_, free);
+        copier.roles.emplace(name, std::move(free));
     }
     const auto renamed = [&copier](const std::string& name) {
         const auto other = copier.roles.find(name);
         return other == copier.roles.end() ? name : other->second;
     };
-    for (const auto& [name, target] : own) roles_.emplace(renamed(name), renamed(target));
+    for (const auto& [name, target] : own) {
+        roles_.emplace(renamed(name), IsStandardRole(target) ? target : renamed(target));
+        mappedRoles_.insert(renamed(name));
+    }
+}
+
+void MergedTags::NoteUsedRoles(const ObjectCopier& copier) {
+    for (const std::string& role : copier.usedRoles) {
+        if (mappedRoles_.contains(role)) continue;
+        plainRoles_.insert(role);
+        if (roles_.contains(role)) latePlainRoles_.insert(role);
+    }
 }
 
 void MergedTags::PrepareClasses(ObjectCopier& copier, const Dict& classes) {

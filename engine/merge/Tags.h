@@ -2,6 +2,7 @@
 #pragma once
 
 #include <map>
+#include <set>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -13,10 +14,16 @@ namespace zavo::pdf {
 
 class MergedTags {
 public:
-    explicit MergedTags(ObjectWriter& writer);
+    // `plainRoles` are structure types that some input uses as they are: no other input's may be mapped to another type
+    // under that name.
+    MergedTags(ObjectWriter& writer, std::set<std::string> plainRoles);
 
     void Prepare(ObjectCopier& copier, const Dict& catalog);
     void Copy(ObjectCopier& copier);
+    // After all of the input is copied.
+    void NoteUsedRoles(const ObjectCopier& copier);
+    // What plainRoles should have held: only when all is copied it shows which types an input uses.
+    const std::set<std::string>& LatePlainRoles() const { return latePlainRoles_; }
 
     // Gives the catalog's entries.
     std::string Finish(ObjectWriter& writer);
@@ -30,7 +37,9 @@ private:
     NumberTreeBuilder parents_;
     std::int64_t nextKey_ = 0;
     NameTreeBuilder identifiers_;
-    std::map<std::string, std::string> roles_;    // name, name token
+    std::map<std::string, std::string> roles_;  // name, name
+    std::set<std::string> plainRoles_;          // names that are used without being in an input's map
+    std::set<std::string> latePlainRoles_;
     std::map<std::string, std::string> classes_;  // name, value
     std::string namespaces_;
     bool isMarked_ = false;
@@ -40,6 +49,7 @@ private:
     std::vector<std::string_view> oldNamespaces_;
     std::map<std::int64_t, std::string_view> oldParents_;
     std::vector<std::pair<std::string, std::string_view>> oldIdentifiers_;  // new name, value
+    std::set<std::string> mappedRoles_;                                     // new names
 };
 
 }  // namespace zavo::pdf

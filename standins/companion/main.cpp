@@ -1,16 +1,24 @@
 // ZAVO.exe, the companion application's stand-in: says how it was started and what files it was given. It writes that
 // to its console and, where the environment variable ZAVO_COMPANION_LOG names a file, to the end of that file too.
+// Asked for an empty portfolio it makes one.
 #include <windows.h>
 #include <shellapi.h>
 
+#include <exception>
+#include <optional>
 #include <string>
 #include <vector>
 
+#include "engine/Portfolio.h"
 #include "src/base/Handles.h"
 #include "standins/bridge/Bridge.h"
 #include "standins/common/Text.h"
 
 namespace {
+
+// Exit codes of the portfolio job; the first one is agreed with the add-in.
+constexpr int portfolioMade = 2000;
+constexpr int portfolioFailed = 3;
 
 class Report {
 public:
@@ -53,6 +61,24 @@ bool DescribeFile(Report& report, const std::wstring& path) {
     return true;
 }
 
+// One argument that ends in a blank and the word asks for a portfolio at the path before them.
+std::optional<std::wstring> PortfolioPath(const std::vector<std::wstring>& arguments) {
+    constexpr std::wstring_view ending = L" ZAVO_Q1JFQVRFX0VNUFRZX1BPUlRGT0xJTw";
+    if (arguments.size() != 1 || !arguments[0].ends_with(ending)) return std::nullopt;
+    return arguments[0].substr(0, arguments[0].size() - ending.size());
+}
+
+bool MakePortfolio(Report& report, const std::wstring& path) {
+    try {
+        zavo::pdf::WriteEmptyPortfolio(path);
+        report.Line(L"portfolio: " + path);
+        return true;
+    } catch (const std::exception& error) {
+        report.Line(L"no portfolio: " + Wide(error.what()));
+        return false;
+    }
+}
+
 }  // namespace
 
 int main() {
@@ -65,6 +91,11 @@ int main() {
     *arguments.Receive() = CommandLineToArgvW(GetCommandLineW(), &count);
     if (!arguments.Get()) return 1;
     const std::vector<std::wstring> files(arguments.Get() + 1, arguments.Get() + count);
+    if (const std::optional<std::wstring> path = PortfolioPath(files)) {
+        const bool made = MakePortfolio(report, *path);
+        report.Save();
+        return made ? portfolioMade : portfolioFailed;
+    }
     if (files.empty()) report.Line(L"usage: ZAVO.exe FILE...");
     bool ok = !files.empty();
     for (const std::wstring& file : files) ok = DescribeFile(report, file) && ok;

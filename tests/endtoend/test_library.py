@@ -62,6 +62,20 @@ class EngineLibrary(unittest.TestCase):
         self.assertEqual(len(wanted), 16)
         self.assertEqual(sorted(exports("ZavoKit.dll")), wanted)
 
+    def test_ImportsWindowsOnly(self):
+        self.assertLessEqual(imports("ZavoKit.dll"), WINDOWS)
+
+    def test_IsHardenedAndHasABaseOfItsOwn(self):
+        for flag in ("DYNAMIC_BASE", "HIGH_ENTROPY_VA", "NX_COMPAT"):
+            self.assertIn(flag, headers("ZavoKit.dll"))
+        bases = {re.search(r"ImageBase\s+(\w+)", headers(name)).group(1)
+                 for name in ("ZavoKit.dll", "zavoofficeaddin.dll")}
+        self.assertEqual(len(bases), 2)
+
+    def test_VersionIsThatOfTheFileVersion(self):
+        version = (BIN.parents[1] / "VERSION").read_text(encoding="ascii").strip()
+        self.assertIn(version.encode("utf-16-le"), (BIN / "ZavoKit.dll").read_bytes())
+
 
 if __name__ == "__main__":
     unittest.main()

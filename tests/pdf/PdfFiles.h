@@ -1,4 +1,4 @@
-// PDFs for tests, and what other programs read in the engine's.
+// What other programs read in the engine's PDFs.
 #pragma once
 
 #include <array>
@@ -14,8 +14,6 @@
 
 #include "tests/pdf/PdfMaker.h"
 #include "tests/pdf/TestFolder.h"
-
-// --- Other programs --------------------------------------------------------------------------------------------------
 
 struct Ran {
     int code;

@@ -116,7 +116,15 @@ def bookmarks(parts, actual):
         if (place < len(expected) and expected[place][2] == "first page" and item[1] in stems and len(targets) == 1 and
                 targets[0][:1] == ("to",) and targets[0][1][1] in first_pages):
             have[place] = item[:2] + ("first page",) + item[3:]
-    return kept_of("bookmarks", expected, have, core=lambda item: item[:2] + (pages_of(item[2]),))
+    def core(item):
+        return item[:2] + (item[2] if item[2] == "first page" else pages_of(item[2]),)
+
+    found = kept_of("bookmarks", expected, have, core=core)
+    # Those that the merge has to make are not counted, so that nobody is said to drop what no input has.
+    made = Counter(core(item) for item in expected if item[2] == "first page")
+    found.expected -= sum(made.values())
+    found.kept -= sum((made & Counter(map(core, have))).values())
+    return found
 
 
 def links(parts, actual):
@@ -152,14 +160,18 @@ def destinations(parts, actual):
             continue
         used.add((chosen, target))
         kept += 1
-    first_of = {}
-    for name, target in expected:
-        if not has_dead(target):
-            first_of.setdefault(name, target)
+    first_of = {}  # an input may have a text twice, as a name and as a string
+    for part in parts:
+        own = {}
+        for name, target in part.found.destinations:
+            if not has_dead(target):
+                own.setdefault(name, set()).add(target)
+        first_of = {**own, **first_of}
     have = set(actual.destinations)
     names = {name for name, _ in have}
-    findings += (f"the first {name} lost its name" for name, target in first_of.items()
-                 if name in names and (name, target) not in have and not MADE_NAME.search(name))
+    findings += (f"the first {name} lost its name" for name, targets in first_of.items()
+                 if name in names and not any((name, target) in have for target in targets) and
+                 not MADE_NAME.search(name))
     findings += (f"not expected: {name} {target}" for name, target in actual.destinations
                  if (name, target) not in used and not has_dead(target))
     return Feature("named destinations", len(expected), kept, findings)
@@ -275,7 +287,10 @@ def labels(parts, actual):
                 enumerate(zip(expected, actual.labels)) if want != have]
     if len(actual.labels) != len(expected):
         findings.append(f"{len(actual.labels)} labels instead of {len(expected)}")
-    return Feature("page labels", len(expected), sum(map(str.__eq__, expected, actual.labels)), findings)
+    labelled = [number for part in parts for number in
+                range(part.first_page, part.first_page + len(part.found.labels))]
+    kept = sum(number < len(actual.labels) and actual.labels[number] == expected[number] for number in labelled)
+    return Feature("page labels", len(labelled), kept, findings)
 
 
 def threads(parts, actual):

@@ -43,18 +43,26 @@ def second_opinions(inputs, facts, merged, everything):
     known = set().union(*(view.complaints for view in views))
     fresh = sorted(after.complaints - known)
     found = [Feature("qpdf --check", 0, 0, fresh)]
+    # Where one input's form asks for it, readers draw all fields anew, so pages with fields may look different.
+    redrawn = set()
+    if len({item.need_appearances for item, _ in facts if item.fields}) > 1:
+        redrawn = set(widget_pages([item for item, _ in facts]))
+
+    def settled(by_page):
+        return [item for number, item in enumerate(by_page) if number not in redrawn]
+
     for name, ordered in (("page_sizes", True), ("texts", True), ("attachments", False), ("structure", True)):
         expected = [item for view in views for item in getattr(view, name)]
-        found.append(kept_of(f"poppler's {name.replace('_', ' ')}", expected, getattr(after, name), ordered))
+        actual = getattr(after, name)
+        if name == "texts":
+            expected, actual = settled(expected), settled(actual)
+        found.append(kept_of(f"poppler's {name.replace('_', ' ')}", expected, actual, ordered))
     names = sum(view.destinations for view in views)
     found.append(Feature("poppler's destinations", names, min(names, after.destinations),
                          [] if after.destinations == names else [f"{after.destinations} instead of {names}"]))
     before, pictures = drawn_pages(inputs, facts, merged, everything)
-    if everything and len({item.need_appearances for item, _ in facts if item.fields}) > 1:
-        # Where a form asks for it, readers draw all fields anew, so pages with fields may look different.
-        fields = set(widget_pages([item for item, _ in facts]))
-        before = [picture for number, picture in enumerate(before) if number not in fields]
-        pictures = [picture for number, picture in enumerate(pictures) if number not in fields]
+    if everything:
+        before, pictures = settled(before), settled(pictures)
     different = [f"page {number + 1} looks different" for number, pair in enumerate(zip(before, pictures))
                  if pair[0] != pair[1]]
     found.append(Feature("pictures of pages", len(before), len(pictures) - len(different), different))

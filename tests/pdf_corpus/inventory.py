@@ -448,7 +448,7 @@ class Reader:
                 value = None
             facts = (kind, self.canon(value), self.canon(inherited("/DV")), int(inherited("/Ff") or 0),
                      self.canon(inherited("/Opt")), self.canon(inherited("/MaxLen")),
-                     self.canon(self.form.get("/Q") if quadding is None else quadding),
+                     int((self.form.get("/Q") if quadding is None else quadding) or 0),
                      tuple(text(node.get("/TU")) for node in nodes), places,
                      tuple((event, self.actions(action)) for event, action in
                            sorted(table(inherited("/AA")).items())))

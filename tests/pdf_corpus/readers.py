@@ -58,7 +58,11 @@ def attachments(path):
 
 
 def structure(path):
-    return run("pdfinfo", "-struct-text", path).decode("utf-8", "replace").splitlines()
+    """The tree of tags with its texts, without object numbers and IDs, which a merge may change."""
+    lines = run("pdfinfo", "-struct-text", path).decode("utf-8", "replace").splitlines()
+    return [line if line.lstrip().startswith('"') else
+            re.sub(r"(Object) \d+ \d+| <[^<>]*>|(/Headers) .*", lambda found: found[1] or found[2] or "", line)
+            for line in lines]
 
 
 def destinations(path):
