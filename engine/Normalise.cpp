@@ -14,8 +14,11 @@
 #include <qpdf/QPDFEmbeddedFileDocumentHelper.hh>
 #include <qpdf/QPDFFileSpecObjectHelper.hh>
 #include <qpdf/QPDFLogger.hh>
+#include <qpdf/QPDFNameTreeObjectHelper.hh>
 #include <qpdf/QPDFWriter.hh>
 #include <set>
+#include <stdexcept>
+#include <utility>
 
 #include "engine/AttachmentNames.h"
 #include "engine/Dates.h"
@@ -200,15 +203,22 @@ QPDFFileSpecObjectHelper MakeFileSpec(QPDF& pdf, const QpdfAttachment& attachmen
     return {spec};
 }
 
-// A tree with damaged nodes takes new files without keeping them: one of the files that are found in it takes its
-// place.
+// A tree with damaged nodes takes new files without keeping them, or none at all: a tree of the files that are found in
+// it takes its place.
 void RepairAttachmentTree(QPDF& pdf) {
     QPDFObjectHandle names = pdf.getRoot().getKey("/Names");
     if (!names.isDictionary() || !names.hasKey("/EmbeddedFiles")) return;
-    const auto files = QPDFEmbeddedFileDocumentHelper(pdf).getEmbeddedFiles();
+    std::vector<std::pair<std::string, QPDFObjectHandle>> files;
+    try {
+        for (const auto& [key, file] : QPDFNameTreeObjectHelper(names.getKey("/EmbeddedFiles"), pdf)) {
+            files.emplace_back(key, file);
+        }
+    } catch (const std::runtime_error&) {
+        // What comes behind the damage is not to be had.
+    }
     names.removeKey("/EmbeddedFiles");
     QPDFEmbeddedFileDocumentHelper tree(pdf);
-    for (const auto& [key, file] : files) tree.replaceEmbeddedFile(key, *file);
+    for (const auto& [key, file] : files) tree.replaceEmbeddedFile(key, QPDFFileSpecObjectHelper(file));
 }
 
 void AddAttachments(QPDF& pdf, const std::vector<QpdfAttachment>& attachments, HeldException& held) {

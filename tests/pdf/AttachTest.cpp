@@ -411,6 +411,62 @@ TEST(Attach, DeepTreeIsTakenOver) {
     ExpectAttaching(folder.MakeFile("a.pdf", maker.Make()), {{"old", "old"}});
 }
 
+TEST(Attach, DamagedAttachmentDoesNotHideTheOthers) {
+    PdfMaker maker;
+    maker.catalogMore = "/Names<</EmbeddedFiles<</Names[(a.txt)4 0 R(b.txt)5 0 R]>>>>";
+    maker.more = {"<</Type/Filespec/F(a.txt)/EF(", "<</Type/Filespec/F(shown.txt)>>"};
+    const auto document = Document::FromBytes(maker.Make());
+    std::vector<std::string> names;
+    for (const ListedAttachment& entry : ListAttachments(*document)) names.push_back(entry.name);
+    EXPECT_EQ(names, (std::vector<std::string>{"a.txt", "shown.txt"}));
+}
+
+// A tree whose root, or what leads to it, is another object of the document as well: that one stays as it is.
+TEST(Attach, ObjectsThatAreSomethingElseStay) {
+    const TestFolder folder;
+    const struct {
+        const char* catalog;
+        const char* object;
+    } rows[] = {
+        {"/Names<</EmbeddedFiles 1 0 R>>", ""},
+        {"/Names<</EmbeddedFiles 3 0 R>>", ""},
+        {"/Names<</EmbeddedFiles 4 0 R>>", "<</Length 3>>\nstream\nabc\nendstream"},
+        {"/Names 4 0 R", "<</Length 3>>\nstream\nabc\nendstream"},
+        {"/Names 4 0 R", "(text)"},
+    };
+    for (const auto& row : rows) {
+        PdfMaker maker;
+        maker.catalogMore = row.catalog;
+        maker.more = {row.object[0] ? row.object : "null"};
+        const auto pdf = folder.MakeFile("a.pdf", maker.Make());
+        Attach(pdf, {{"a.txt", "abc"}});
+        ExpectSound(pdf);
+        EXPECT_EQ(AttachmentsByPoppler(pdf), (Files{{"a.txt", "abc"}})) << row.catalog << row.object;
+        const auto document = Document::Open(pdf, "");
+        EXPECT_TRUE(document->IsPlain());
+        EXPECT_TRUE(document->ResolveDict("3 0 R").Has("MediaBox")) << row.catalog;
+        if (row.object[0] == '<') {
+            EXPECT_EQ(document->Read(4).stream, "abc") << row.catalog;
+        }
+        if (row.object[0] == '(') {
+            EXPECT_EQ(document->Resolve("4 0 R"), "(text)") << row.catalog;
+        }
+    }
+}
+
+TEST(Attach, RewriteKeepsFilesWhateverTheTreeWasLike) {
+    const TestFolder folder;
+    for (const char* const tree : {"<</Kids[null]>>", "<</Kids[5 0 R]>>", "<</Names[(only a key)]>>", "(text)"}) {
+        PdfMaker maker;
+        maker.catalogMore = "/Names<</EmbeddedFiles 4 0 R>>";
+        maker.more = {tree};
+        const auto pdf = folder.MakeFile("a.pdf", "junk\n" + maker.Make());
+        Attach(pdf, {{"a.txt", "abc"}, {"b.txt", "def"}});
+        ExpectSound(pdf);
+        EXPECT_EQ(AttachmentsByPoppler(pdf), (Files{{"a.txt", "abc"}, {"b.txt", "def"}})) << tree;
+    }
+}
+
 TEST(Attach, LargeFlatTreeIsSplit) {
     const TestFolder folder;
     PdfMaker maker;
@@ -553,6 +609,7 @@ TEST(Attach, WhatIsNoPdfDoesNotOpen) {
         EXPECT_EQ(ReadBytes(file), bytes);
     }
     EXPECT_THROW(EditableDocument(folder.Path("none"), ""), FileError);
+    EXPECT_THROW(EditableDocument(folder.Path(), ""), FileError);
 }
 
 TEST(Attach, FileWithAUserPasswordOpensWithItOnly) {

@@ -119,6 +119,28 @@ TEST(Document, HugeObjectNumbersCostNothing) {
     }
 }
 
+// New objects get numbers from there on, which would be out of range when the file is read again.
+TEST(Document, SizeFarBeyondTheFileIsRepaired) {
+    const auto document = Document::FromBytes(Replaced(PdfMaker().Make(), "/Size 4", "/Size 4000000"));
+    EXPECT_FALSE(document->IsPlain());
+    EXPECT_LT(document->CrossReference().size, 100u);
+}
+
+TEST(Document, HeaderMayHaveBlanksAndCommentsButNotForEver) {
+    for (const std::size_t blanks : {std::size_t{1}, std::size_t{100}, std::size_t{1000}}) {
+        std::string pdf = PdfMaker().Make();
+        const std::size_t place = pdf.size();
+        std::string digits = std::to_string(place);
+        pdf += "4%" + std::string(blanks, ' ') + "\n0 obj(four)endobj\n";
+        const std::string old = pdf.substr(pdf.rfind("startxref") + 10, 3);
+        const std::string section = std::to_string(pdf.size());
+        pdf += "xref\n4 1\n" + std::string(10 - digits.size(), '0') + digits +
+               " 00000 n \ntrailer\n<</Size 5/Root 1 0 R/Prev " + old + ">>\nstartxref\n" + section + "\n%%EOF\n";
+        const auto document = Document::FromBytes(pdf);
+        EXPECT_EQ(document->IsPlain(), blanks < 200) << blanks;
+    }
+}
+
 TEST(Document, StreamNeedsItsRightLength) {
     const auto make = [](const std::string& length) {
         PdfMaker maker;

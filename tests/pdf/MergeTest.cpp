@@ -7,6 +7,7 @@
 #include "engine/LargeStack.h"
 #include "engine/Trees.h"
 #include "tests/pdf/PdfFiles.h"
+#include "tests/pdf/SmallDisk.h"
 
 namespace zavo::pdf {
 namespace {
@@ -291,6 +292,86 @@ TEST_F(Merge, FailureLeavesTheOldFile) {
     EXPECT_EQ(folder_.Names(), std::set<std::string>{"out.pdf"});
     merger_.Save(Out());
     ExpectSound(Out());
+}
+
+TEST_F(Merge, WhatDoesNotOpenLeavesTheOthers) {
+    const auto plain = folder_.MakeFile("plain.pdf", PdfMaker().Make());
+    const auto open = folder_.Path("open.pdf");
+    const auto shut = folder_.Path("shut.pdf");
+    ASSERT_EQ(Shell("qpdf --encrypt '' owner 256 -- " + Quoted(plain) + " " + Quoted(open)).code, 0);
+    ASSERT_EQ(Shell("qpdf --encrypt secret owner 256 -- " + Quoted(plain) + " " + Quoted(shut)).code, 0);
+    const std::string rich = Rich("x").Make();
+    const auto truncated = folder_.MakeFile("truncated.pdf", rich.substr(0, rich.size() - 200));
+    for (const auto& path : {folder_.MakeFile("empty.pdf", ""), folder_.MakeFile("text.pdf", "text"), shut,
+                             folder_.MakeFile("begin.pdf", rich.substr(0, 60))}) {
+        EXPECT_THROW(Document::Open(path, ""), PdfError) << path;
+    }
+    EXPECT_THROW(Document::Open(folder_.Path(), ""), FileError);
+    EXPECT_THROW(Document::Open(folder_.Path("none.pdf"), ""), FileError);
+    for (const auto& path : {plain, truncated, open}) merger_.Add(Document::Open(path, ""), {});
+    const auto document = Save();
+    EXPECT_EQ(Titles(*document), (std::vector<std::string>{"plain", "x", "open"}));
+    EXPECT_EQ(document->ResolveDict(document->Catalog().Find("Pages")).Find("Count"), "3");
+}
+
+TEST_F(Merge, FullDiskAndReadOnlyTargetLeaveTheOldFile) {
+    folder_.MakeFile("out.pdf", "the old file");
+    PdfMaker large;
+    for (int i = 0; i < 20000; ++i) {
+        large.catalogMore += i == 0 ? "/AF[" : "";
+        large.catalogMore += std::to_string(i + 4) + " 0 R ";
+        large.more.push_back("(" + std::to_string(std::hash<int>()(i) * 2654435761u) + ")");
+    }
+    large.catalogMore += "]";
+    Add(large);
+    Add(PdfMaker());
+    const std::set<std::string> names = folder_.Names();
+    {
+        const SmallDisk disk(20000);
+        EXPECT_THROW(merger_.Save(Out()), FileError);
+    }
+    std::filesystem::permissions(Out(), std::filesystem::perms::owner_read);
+    EXPECT_THROW(merger_.Save(Out()), FileError);
+    EXPECT_EQ(ReadBytes(Out()), "the old file");
+    EXPECT_EQ(folder_.Names(), names);
+    std::filesystem::permissions(Out(), std::filesystem::perms::owner_all);
+    Save();
+}
+
+TEST_F(Merge, LongAndNonLatinPathsAreTaken) {
+    std::filesystem::path path = folder_.Path();
+    while (path.native().size() < 1000) path /= PathFromUtf8("\xE6\x97\xA5\xE6\x9C\xAC " + std::string(80, 'x'));
+    std::filesystem::create_directories(path);
+    const auto input = path / PathFromUtf8("\xD0\x9F\xD0\xB8\xD1\x81\xD1\x8C\xD0\xBC\xD0\xBE.pdf");
+    std::ofstream(input, std::ios::binary) << PdfMaker().Make();
+    const auto out = path / PathFromUtf8("\xD7\x90.pdf");
+    for (int i = 0; i < 2; ++i) merger_.Add(Document::Open(input, ""), {});
+    merger_.Save(out);
+    ExpectSound(out);
+    EXPECT_EQ(Titles(*Document::Open(out, "")),
+              std::vector<std::string>(2, "\xD0\x9F\xD0\xB8\xD1\x81\xD1\x8C\xD0\xBC\xD0\xBE"));
+}
+
+TEST_F(Merge, TargetThatIsReadElsewhereStaysWholeForItsReader) {
+    const std::string old(1000000, 'o');
+    const InputFile reader(folder_.MakeFile("out.pdf", old));
+    Add(PdfMaker());
+    Save();
+    EXPECT_EQ(reader.ReadAll().View(), old);
+}
+
+TEST_F(Merge, LargeInheritedResourcesAreStoredOnce) {
+    const std::string marker = "/Marked(" + std::string(500, '1') + ")";
+    Add("%PDF-1.7\n1 0 obj<</Type/Catalog/Pages 2 0 R>>endobj\n2 0 obj<</Type/Pages/Count 3/MediaBox[0 0 9 9]"
+        "/Resources<</Properties<<" +
+        marker +
+        ">>>>/Kids[3 0 R 4 0 R 5 0 R]>>endobj\n3 0 obj<</Type/Page>>endobj\n4 0 obj<</Type/Page>>endobj\n"
+        "5 0 obj<</Type/Page>>endobj\ntrailer<</Root 1 0 R>>");
+    Save();
+    ASSERT_EQ(Shell("qpdf --qdf " + Quoted(Out()) + " " + Quoted(folder_.Path("plain.pdf"))).code, 0);
+    const std::string plain = ReadBytes(folder_.Path("plain.pdf"));
+    EXPECT_NE(plain.find(std::string(500, '1')), std::string::npos);
+    EXPECT_EQ(plain.find(std::string(500, '1')), plain.rfind(std::string(500, '1')));
 }
 
 TEST_F(Merge, SameInputsGiveTheSameBytes) {

@@ -14,6 +14,7 @@
 
 #include <signal.h>
 #include <sys/mman.h>
+#include <sys/prctl.h>
 #include <sys/resource.h>
 #include <sys/wait.h>
 #include <time.h>
@@ -118,6 +119,7 @@ void Limit(int what, rlim_t value) {
 // The trying process; its result is 0 when all mutants did no harm.
 int TryMutants(const std::vector<std::string>& files, const Options& options, std::uint64_t first, Progress& progress,
                const std::filesystem::path& folder) {
+    prctl(PR_SET_PDEATHSIG, SIGKILL);  // when the run is ended, this is too
     if (!checksAddresses) Limit(RLIMIT_AS, memoryLimit);
     signal(SIGXFSZ, SIG_IGN);
     Limit(RLIMIT_FSIZE, fileLimit);
