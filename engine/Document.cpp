@@ -13,10 +13,13 @@ namespace zavo::pdf {
 namespace {
 
 constexpr std::string_view nullText = "null";
-constexpr std::size_t decodeLimit = std::size_t{256} << 20;    // one object or cross-reference stream, unpacked
-constexpr std::size_t cacheLimit = std::size_t{1} << 30;       // all object streams of a document, unpacked
-constexpr std::uint64_t numberLimit = 8388608;                 // object numbers end below it (ISO 32000-1, annex C)
-constexpr int hopLimit = 64;                                   // references to references
+constexpr std::size_t decodeLimit = std::size_t{256} << 20;  // one object or cross-reference stream, unpacked
+constexpr std::size_t cacheLimit = std::size_t{1} << 30;     // all object streams of a document, unpacked
+constexpr std::uint64_t numberLimit = 8388608;               // object numbers end below it (ISO 32000-1, annex C)
+constexpr int hopLimit = 64;                                 // references to references
+// What may be read by references, in all: a large value that a hundred thousand places refer to would never end.
+constexpr std::size_t resolveLimit = std::size_t{64} << 20;
+constexpr std::size_t resolveFactor = 8;                       // times the document's size
 constexpr std::uint64_t smallFile = std::uint64_t{128} << 10;  // kept in memory rather than read again
 
 std::uint64_t Digits(const char* text, std::size_t count) {
@@ -101,6 +104,7 @@ std::string_view Document::Bytes() {
 void Document::ReleaseBytes() {
     objectStreams_.clear();
     unpacked_ = 0;
+    resolved_ = 0;
     if (size_ <= smallFile && file_) return;
     buffer_ = Buffer();
     loaded_ = false;
@@ -348,13 +352,17 @@ Document::Place Document::Locate(std::uint32_t number) {
 }
 
 const Document::ObjectStream& Document::LoadObjectStream(std::uint32_t number) {
-    if (const auto known = objectStreams_.find(number); known != objectStreams_.end()) {
-        // A null place means that the stream is just being read: its own length cannot be inside an object stream.
-        if (!known->second) throw PdfError("object streams go in circles");
-        return *known->second;
-    }
+    if (const auto known = objectStreams_.find(number); known != objectStreams_.end()) return *known->second;
     if (!Exists(number) || entries_[number].kind != Kind::Plain) throw PdfError("an object stream is missing");
-    objectStreams_[number] = nullptr;
+    // Its length and the like cannot be inside another (ISO 32000-1, 7.5.7): a chain of them would exhaust the stack.
+    if (readsObjectStream_) throw PdfError("an object stream needs another");
+    const struct Reading {
+        bool& flag;
+        explicit Reading(bool& which) : flag(which) { flag = true; }
+        Reading(const Reading&) = delete;
+        Reading& operator=(const Reading&) = delete;
+        ~Reading() { flag = false; }
+    } reading(readsObjectStream_);
     const Object object = Read(number);
     const Dict dictionary(object.value);
     const std::optional<std::int64_t> count = ResolveInteger(dictionary.Find("N"));
@@ -397,15 +405,19 @@ Document::Object Document::Read(std::uint32_t number) {
 
 std::optional<std::string_view> Document::TakeStream(Lexer& lexer, const Dict& dictionary) {
     const std::size_t begin = lexer.Position();
-    if (lexer.Next().text != "stream") return std::nullopt;
+    if (!lexer.Next().text.starts_with("stream")) return std::nullopt;
     lexer.MoveTo(begin);
     return TakeStream(lexer, dictionary.Find("Length"));
 }
 
 std::optional<std::string_view> Document::TakeStream(Lexer& lexer, std::string_view lengthValue) {
-    if (lexer.Next().text != "stream") return std::nullopt;
+    const std::string_view keyword = lexer.Next().text;
+    if (!keyword.starts_with("stream")) return std::nullopt;
     const std::string_view bytes = lexer.Bytes();
     std::size_t begin = lexer.Position();
+    if (keyword.size() > 6 || begin >= bytes.size() || (bytes[begin] != '\r' && bytes[begin] != '\n')) {
+        throw PdfError("a stream does not begin on a line of its own");
+    }
     if (begin < bytes.size() && bytes[begin] == '\r') ++begin;
     if (begin < bytes.size() && bytes[begin] == '\n') ++begin;
     const std::optional<std::int64_t> length = ResolveInteger(lengthValue);
@@ -426,6 +438,10 @@ std::string_view Document::Resolve(std::string_view value) {
         if (!reference) return value;
         Lexer lexer(Locate(reference->number).text);
         value = TakeValue(lexer);
+        resolved_ += lexer.Position();
+        if (resolved_ > resolveLimit + resolveFactor * (size_ + own_.size() + unpacked_)) {
+            throw PdfError("the same objects are referred to too often");
+        }
     }
     return nullText;
 }

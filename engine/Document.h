@@ -134,6 +134,8 @@ private:
     Sections sections_;
     std::unordered_map<std::uint32_t, std::unique_ptr<ObjectStream>> objectStreams_;
     std::size_t unpacked_ = 0;  // bytes in objectStreams_
+    std::size_t resolved_ = 0;  // bytes read by references since the last ReleaseBytes
+    bool readsObjectStream_ = false;
 };
 
 }  // namespace zavo::pdf
