@@ -1,12 +1,15 @@
 // The form of a merged file.
 #include "engine/merge/Forms.h"
 
+#include <unordered_set>
+
 namespace zavo::pdf {
 
 void MergedForms::Prepare(ObjectCopier& copier, const Dict& catalog) {
     Document& document = copier.Source();
     oldFields_.clear();
     oldOrder_.clear();
+    ownNames_.clear();
     const Dict form = document.ResolveDict(catalog.Find("AcroForm"));
     oldFields_ = ArrayItems(document.Resolve(form.Find("Fields")));
     if (oldFields_.empty()) return;
@@ -42,8 +45,10 @@ void MergedForms::TakeResources(ObjectCopier& copier, std::string_view resources
         }
         std::map<std::string, std::string>& ours = resources_[categoryName];
         const Dict membersDict(members);
+        std::unordered_set<std::string> met;
         for (const Dict::Entry& member : membersDict.Entries()) {
             const std::string name = DecodeName(member.key);
+            if (!met.insert(name).second) continue;
             // The key tells the copier that this is a resource, so that equal ones get one number.
             std::string value =
                 copier.Rewrite("<<" + std::string(category.key) + "<</X " + std::string(member.value) + ">>>>");
@@ -86,7 +91,10 @@ void MergedForms::WalkFields(ObjectCopier& copier) {
             if (!field.Has("DA")) edit.added += inheritedAppearance_;
             if (!field.Has("Q")) edit.added += inheritedAlignment_;
         }
-        for (const std::string_view kid : ArrayItems(document.Resolve(field.Find("Kids")))) {
+        const std::string_view kids = field.Find("Kids");
+        const std::optional<Reference> list = ParseReference(kids);
+        if (list && !seen.insert(list->number).second) continue;  // shared lists would multiply
+        for (const std::string_view kid : ArrayItems(document.Resolve(kids))) {
             waiting.push_back({kid, false, isSignature});
         }
     }
@@ -97,16 +105,27 @@ void MergedForms::RenameField(ObjectCopier& copier, std::uint32_t old, const Dic
     const std::string_view token = copier.Source().Resolve(field.Find("T"));
     if (!IsString(token)) return;
     const std::string name = TextToUtf8(DecodeString(token));
-    if (names_.insert(name).second) return;
-    std::string other;
-    for (unsigned number = 1;; ++number) {
-        other = name + "+" + std::to_string(number);
-        if (names_.insert(other).second) break;
+    if (!ownNames_.contains(name)) {
+        const std::string free = TakeFreeName(name);
+        ownNames_.emplace(name, free);
+        if (free != name) copier.fields.emplace(name, free);
     }
+    // Fields of one name in one input are one field in readers' eyes, and stay so.
+    const std::string& other = ownNames_.at(name);
+    if (other == name) return;
     DictEdit& edit = copier.EditOf(old);
     edit.removed.push_back("T");
     edit.added += "/T" + EncodeString(Utf8ToText(other));
-    copier.fields.emplace(name, other);
+}
+
+std::string MergedForms::TakeFreeName(const std::string& name) {
+    if (names_.emplace(name, 0).second) return name;
+    for (unsigned number = names_[name] + 1;; ++number) {
+        std::string candidate = name + "+" + std::to_string(number);
+        if (!names_.emplace(candidate, 0).second) continue;
+        names_[name] = number;
+        return candidate;
+    }
 }
 
 void MergedForms::Copy(ObjectCopier& copier) {

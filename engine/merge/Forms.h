@@ -4,7 +4,7 @@
 #include <map>
 #include <string>
 #include <string_view>
-#include <unordered_set>
+#include <unordered_map>
 #include <vector>
 
 #include "engine/ObjectCopier.h"
@@ -25,9 +25,11 @@ public:
 private:
     void TakeResources(ObjectCopier& copier, std::string_view resources);
     void WalkFields(ObjectCopier& copier);
+    std::string TakeFreeName(const std::string& name);
     void RenameField(ObjectCopier& copier, std::uint32_t old, const Dict& field);
 
-    std::unordered_set<std::string> names_;                                // UTF-8, of fields that have no parent
+    // UTF-8 names of fields that have no parent, and the number that was given to the last of that name.
+    std::unordered_map<std::string, unsigned> names_;
     std::map<std::string, std::map<std::string, std::string>> resources_;  // category, name, value
     std::map<std::string, std::string> otherResources_;                    // what is no dictionary, such as /ProcSet
     std::string defaultAppearance_;
@@ -37,6 +39,7 @@ private:
     bool needsAppearances_ = false;
 
     // Of the current input.
+    Renames ownNames_;  // of all its fields that have no parent
     std::vector<std::string_view> oldFields_;
     std::vector<std::string_view> oldOrder_;
     // What its fields had from its form and would not have from the merged one.
