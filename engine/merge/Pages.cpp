@@ -2,6 +2,7 @@
 #include "engine/merge/Pages.h"
 
 #include <map>
+#include <unordered_map>
 
 #include "engine/Trees.h"
 
@@ -83,12 +84,24 @@ void MergedPages::AddPage(ObjectCopier& copier, std::uint32_t old, const Dict& p
 }
 
 void MergedPages::Copy(ObjectCopier& copier) {
+    // Resources that stand in the page tree itself become an object, so that each page does not get its own.
+    std::unordered_map<const char*, std::string> resources;
+    const auto inherited = [&](std::string_view value) {
+        std::string& reference = resources[value.data()];
+        if (reference.empty()) {
+            reference = copier.Rewrite(value);
+            if (!ParseReference(reference)) reference = ReferenceTo(copier.Writer().Add(reference));
+        }
+        return std::string_view(reference);
+    };
     for (const Page& page : pages_) {
         DictEdit edit{{"Parent"}, "/Parent " + ReferenceTo(page.parent)};
         const auto add = [&](std::string_view name, std::string_view value) {
             if (!value.empty()) edit.added.append(name).append(" ").append(copier.Rewrite(value));
         };
-        add("/Resources", page.missing.resources);
+        if (!page.missing.resources.empty()) {
+            edit.added.append("/Resources ").append(inherited(page.missing.resources));
+        }
         add("/MediaBox", page.missing.mediaBox);
         add("/CropBox", page.missing.cropBox);
         add("/Rotate", page.missing.rotate);
