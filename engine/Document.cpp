@@ -364,13 +364,17 @@ Document::Place Document::Locate(std::uint32_t number) {
 }
 
 const Document::ObjectStream& Document::LoadObjectStream(std::uint32_t number) {
-    if (const auto known = objectStreams_.find(number); known != objectStreams_.end()) {
-        // A null place means that the stream is just being read: its own length cannot be inside an object stream.
-        if (!known->second) throw PdfError("object streams go in circles");
-        return *known->second;
-    }
+    if (const auto known = objectStreams_.find(number); known != objectStreams_.end()) return *known->second;
     if (!Exists(number) || entries_[number].kind != Kind::Plain) throw PdfError("an object stream is missing");
-    objectStreams_[number] = nullptr;
+    // Its length and the like cannot be inside another (ISO 32000-1, 7.5.7): a chain of them would exhaust the stack.
+    if (readsObjectStream_) throw PdfError("an object stream needs another");
+    const struct Reading {
+        bool& flag;
+        explicit Reading(bool& which) : flag(which) { flag = true; }
+        Reading(const Reading&) = delete;
+        Reading& operator=(const Reading&) = delete;
+        ~Reading() { flag = false; }
+    } reading(readsObjectStream_);
     const Object object = Read(number);
     const Dict dictionary(object.value);
     const std::optional<std::int64_t> count = ResolveInteger(dictionary.Find("N"));
@@ -413,15 +417,19 @@ Document::Object Document::Read(std::uint32_t number) {
 
 std::optional<std::string_view> Document::TakeStream(Lexer& lexer, const Dict& dictionary) {
     const std::size_t begin = lexer.Position();
-    if (lexer.Next().text != "stream") return std::nullopt;
+    if (!lexer.Next().text.starts_with("stream")) return std::nullopt;
     lexer.MoveTo(begin);
     return TakeStream(lexer, dictionary.Find("Length"));
 }
 
 std::optional<std::string_view> Document::TakeStream(Lexer& lexer, std::string_view lengthValue) {
-    if (lexer.Next().text != "stream") return std::nullopt;
+    const std::string_view keyword = lexer.Next().text;
+    if (!keyword.starts_with("stream")) return std::nullopt;
     const std::string_view bytes = lexer.Bytes();
     std::size_t begin = lexer.Position();
+    if (keyword.size() > 6 || begin >= bytes.size() || (bytes[begin] != '\r' && bytes[begin] != '\n')) {
+        throw PdfError("a stream does not begin on a line of its own");
+    }
     if (begin < bytes.size() && bytes[begin] == '\r') ++begin;
     if (begin < bytes.size() && bytes[begin] == '\n') ++begin;
     const std::optional<std::int64_t> length = ResolveInteger(lengthValue);

@@ -146,6 +146,7 @@ private:
     Sections sections_;
     std::unordered_map<std::uint32_t, std::unique_ptr<ObjectStream>> objectStreams_;
     std::size_t unpacked_ = 0;  // bytes in objectStreams_
+    bool readsObjectStream_ = false;
     bool isExhausting_ = false;
     std::uint64_t spent_ = 0;  // bytes read, unpacked and copied in the current task
 };

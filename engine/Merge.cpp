@@ -67,7 +67,7 @@ public:
         tags_.NoteUsedRoles(copier);
     }
 
-    const std::set<std::string>& LatePlainRoles() const { return tags_.LatePlainRoles(); }
+    const MergedTags& Tags() const { return tags_; }
 
     void Finish() {
         std::string catalog = "<</Type/Catalog" + pages_.Finish(writer_);
@@ -166,12 +166,12 @@ void Merger::Save(const std::filesystem::path& path, BeyondRepair beyondRepair) 
             inputs[i].document->ReleaseBytes();
         }
         const bool anyDamaged = std::find(isDamaged.begin(), isDamaged.end(), true) != isDamaged.end();
-        if (!anyDamaged && pass.LatePlainRoles().empty()) {
+        if (!anyDamaged && !pass.Tags().MissedPlainRoles()) {
             pass.Finish();
             file.Commit();
             return;
         }
-        plainRoles.insert(pass.LatePlainRoles().begin(), pass.LatePlainRoles().end());
+        if (pass.Tags().MissedPlainRoles()) plainRoles = pass.Tags().PlainRoles();
         if (anyDamaged) inputs = RepairDamaged(inputs, isDamaged, beyondRepair);
     }
 }

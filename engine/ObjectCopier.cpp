@@ -10,6 +10,9 @@ namespace zavo::pdf {
 
 namespace {
 
+// So many resources of one hash are compared. Honest ones have hashes of their own; forged ones are stored as they
+// come.
+constexpr int comparisonLimit = 16;
 // Resources inside resources beyond this depth are copied without looking for equal ones.
 constexpr std::size_t sharingDepth = 1000;
 
@@ -29,6 +32,7 @@ enum class ObjectCopier::Key : std::uint8_t {
     AttributeClass,  // /C
     FieldNames,      // /Fields of an action
     Title,           // /T, field names where the dictionary is a Hide action
+    ByteRange,       // the dictionary is a signature
     Length,
     Shared,        // its value is a resource
     SharedMembers  // so are the members of its value
@@ -60,6 +64,7 @@ struct ObjectCopier::Frame {
     Key key = Key::Other;  // under which it was met
     Key container = Key::Other;
     bool mayBeStream = false;
+    bool isSignature = false;
 
     Lexer lexer{{}};
     std::size_t pending = 0;  // the source is copied up to here
@@ -95,7 +100,8 @@ std::uint64_t SharedResources::Hash(const Content& content) const {
 
 std::uint32_t SharedResources::Find(const Content& content, std::uint64_t hash) const {
     const auto [first, last] = items_.equal_range(hash);
-    for (auto item = first; item != last; ++item) {
+    int comparisons = 0;
+    for (auto item = first; item != last && comparisons < comparisonLimit; ++item, ++comparisons) {
         const Item& known = item->second;
         if (known.isStream != content.isStream || known.value != content.value || known.size != content.stream.size()) {
             continue;
@@ -203,6 +209,7 @@ ObjectCopier::Key ObjectCopier::KeyOf(std::string_view name) {
         {"/C", Key::AttributeClass},
         {"/Fields", Key::FieldNames},
         {"/T", Key::Title},
+        {"/ByteRange", Key::ByteRange},
         {"/Length", Key::Length},
         {"/CIDSet", Key::Shared},
         {"/CIDSystemInfo", Key::Shared},
@@ -236,6 +243,11 @@ ObjectCopier::Key ObjectCopier::KeyOf(std::string_view name) {
     if (name.find('#') == std::string_view::npos) return Key::Other;
     const auto known = keys.find("/" + DecodeName(name));
     return known == keys.end() ? Key::Other : known->second;
+}
+
+bool ObjectCopier::MayBeRenamed(Key key) {
+    return key == Key::Destination || key == Key::ActionTarget || key == Key::Subtype ||
+           key == Key::DefaultAppearance || key == Key::Identifier || key == Key::AttributeClass || key == Key::Title;
 }
 
 // Goes on with a frame; true when its value is complete, false when another frame has to be finished first.
@@ -277,7 +289,7 @@ bool ObjectCopier::Step(Frame& frame) {
                 break;
             case TokenKind::Name:
             case TokenKind::String:
-            case TokenKind::HexString: TakeScalar(frame, token); break;
+            case TokenKind::HexString: TakeScalar(frame, token, token.text); break;
             case TokenKind::Real: break;
             case TokenKind::Keyword:
                 if (token.text != "true" && token.text != "false" && token.text != "null") {
@@ -308,6 +320,7 @@ void ObjectCopier::TakeKey(Frame& frame, const Token& token) {
     }
     level.key = KeyOf(token.text);
     level.expectsKey = false;
+    if (level.key == Key::ByteRange && frame.levels.size() == 1) frame.isSignature = true;
     if (level.key == Key::StructureKey) {
         frame.Flush(begin);
         level.keyBegin = frame.output.size();
@@ -328,7 +341,7 @@ bool ObjectCopier::TakeReferenceOrInteger(Frame& frame, const Token& token) {
     Token whole = token;
     std::optional<std::int64_t> number = ParseInteger(token.text);
     bool isReference = false;
-    if (IsDigit(token.text[0]) && end + 1 < bytes.size() && IsWhite(bytes[end])) {
+    if (IsDigit(token.text[0]) && end + 1 < bytes.size() && (IsWhite(bytes[end]) || bytes[end] == '%')) {
         // Nearly always the generation follows one blank later; a number's list is told apart by its first step.
         frame.lexer.SkipBlanks();
         const std::size_t generation = frame.lexer.Position();
@@ -367,6 +380,15 @@ bool ObjectCopier::TakeReferenceOrInteger(Frame& frame, const Token& token) {
     }
     if (!isReference) return true;
     if (level && key == Key::Parent) level->hasParent = true;
+    if (level && level->isDictionary && MayBeRenamed(key)) {
+        // A text that may have to change is copied to where it is referred to.
+        const std::string_view text = document_.Resolve(whole.text);
+        if (IsString(text) || text.starts_with("/")) {
+            TakeScalar(frame, whole, text);
+            if (frame.pending != frame.lexer.Position()) frame.Replace(whole, text);
+            return true;
+        }
+    }
 
     if (!number || *number <= 0 || *number >= static_cast<std::int64_t>(map_.size()) ||
         !(map_[static_cast<std::size_t>(*number)] || document_.Exists(static_cast<std::uint32_t>(*number)))) {
@@ -397,41 +419,42 @@ bool ObjectCopier::TakeReferenceOrInteger(Frame& frame, const Token& token) {
     return true;
 }
 
-void ObjectCopier::TakeScalar(Frame& frame, const Token& token) {
+// A name or string, which stands at `place` or is what the reference there leads to.
+void ObjectCopier::TakeScalar(Frame& frame, const Token& place, std::string_view text) {
     if (frame.levels.empty()) return;
     Level& level = frame.levels.back();
-    const bool isName = token.kind == TokenKind::Name;
+    const bool isName = !IsString(text);
     const auto replaceString = [&](const Renames& renames) {
         if (isName || renames.empty()) return;
-        const auto known = renames.find(DecodeString(token.text));
-        if (known != renames.end()) frame.Replace(token, EncodeString(known->second));
+        const auto known = renames.find(DecodeString(text));
+        if (known != renames.end()) frame.Replace(place, EncodeString(known->second));
     };
     const auto note = [&](std::size_t& begin, std::size_t& end) {
         if (!level.isDictionary) return;
-        frame.Flush(frame.PlaceOf(token));
+        frame.Flush(frame.PlaceOf(place));
         begin = frame.output.size();
-        frame.Flush(frame.lexer.Position());
+        frame.Replace(place, text);
         end = frame.output.size();
     };
     switch (level.key) {
         case Key::Destination:
-            if (level.isDictionary) frame.Replace(token, Destination(token.text));
+            if (level.isDictionary) frame.Replace(place, Destination(text));
             break;
         case Key::ActionTarget: note(level.targetBegin, level.targetEnd); break;
         case Key::Subtype: note(level.subtypeBegin, level.subtypeEnd); break;
         case Key::Title: note(level.titleBegin, level.titleEnd); break;
         case Key::FieldNames:
-            if (!isName && !fields.empty()) frame.Replace(token, FieldName(token.text));
+            if (!isName && !fields.empty()) frame.Replace(place, FieldName(text));
             break;
         case Key::DefaultAppearance:
-            if (!isName && !fonts.empty()) frame.Replace(token, DefaultAppearance(token.text));
+            if (!isName && !fonts.empty()) frame.Replace(place, DefaultAppearance(text));
             break;
         case Key::Identifier:
         case Key::Headers: replaceString(elementIds); break;
         case Key::AttributeClass:
             if (!isName || classes.empty()) break;
-            if (const auto known = classes.find(DecodeName(token.text)); known != classes.end()) {
-                frame.Replace(token, EncodeName(known->second));
+            if (const auto known = classes.find(DecodeName(text)); known != classes.end()) {
+                frame.Replace(place, EncodeName(known->second));
             }
             break;
         default: break;
@@ -442,9 +465,12 @@ void ObjectCopier::TakeScalar(Frame& frame, const Token& token) {
 std::string ObjectCopier::Destination(std::string_view token) const {
     const bool isName = token[0] == '/';
     const std::string old = isName ? DecodeName(token) : DecodeString(token);
-    const Renames& renames = isName ? destinationNames : destinations;
-    const auto known = renames.find(old);
-    return EncodeString(known == renames.end() ? old + "#0" : known->second);
+    // Readers look for either kind in both places.
+    for (const Renames* const renames :
+         {isName ? &destinationNames : &destinations, isName ? &destinations : &destinationNames}) {
+        if (const auto known = renames->find(old); known != renames->end()) return EncodeString(known->second);
+    }
+    return EncodeString(old + "#0");
 }
 
 std::string ObjectCopier::DefaultAppearance(std::string_view token) const {
@@ -533,6 +559,8 @@ void ObjectCopier::Finish(Frame& frame) {
     if (frame.mayBeStream && frame.output.ends_with(">>")) stream = document_.TakeStream(frame.lexer, frame.length);
     if (stream) document_.Spend(stream->size());
     if (stream && frame.lengthEnd == 0) throw PdfError("a stream's length is wrong");
+    // A signature holds for the bytes of the file that it was made in, whoever refers to it.
+    if (frame.isSignature && !stream) frame.output = "null";
 
     if (!frame.isShared) {
         if (stream) {

@@ -46,7 +46,7 @@ private:
         std::uint64_t size;
         bool isStream;
     };
-    std::uint64_t seed_;  // differs from process to process, so that nobody can prepare equal hashes
+    std::uint64_t seed_;  // differs from process to process, which makes it harder to prepare equal hashes
     std::unordered_multimap<std::uint64_t, Item> items_;
 };
 
@@ -98,7 +98,7 @@ private:
     bool Step(Frame& frame);
     void TakeKey(Frame& frame, const Token& token);
     bool TakeReferenceOrInteger(Frame& frame, const Token& token);
-    void TakeScalar(Frame& frame, const Token& token);
+    void TakeScalar(Frame& frame, const Token& place, std::string_view text);
     std::string Destination(std::string_view token) const;
     std::string DefaultAppearance(std::string_view token) const;
     std::string FieldName(std::string_view token) const;
@@ -107,6 +107,7 @@ private:
     void Finish(Frame& frame);
     void DropEntry(Frame& frame);
     static Key KeyOf(std::string_view name);
+    static bool MayBeRenamed(Key key);
 
     Document& document_;
     ObjectWriter& writer_;

@@ -9,26 +9,39 @@ namespace zavo::pdf {
 namespace {
 
 constexpr std::size_t fanOut = 64;
-constexpr std::uint64_t costOfEntry = 1024;  // of keeping one: nodes may share their entries, as often as a file likes
+constexpr std::uint64_t costOfEntry = 1024;  // of keeping one: nodes may have the same entries again and again
+// Each node inside another's text is read once more with it, and should be an object of its own anyway.
+constexpr int directDepthLimit = 16;
 
 template <typename Visit>
 void VisitTree(Document& document, std::string_view root, std::string_view pairs, const Visit& visit) {
+    struct Waiting {
+        std::string_view value;
+        int directDepth;  // nodes around it that are no objects of their own
+    };
     std::unordered_set<std::uint32_t> seen;
-    std::vector<std::string_view> waiting{root};
+    const auto isNew = [&seen](std::string_view value) {
+        const std::optional<Reference> reference = ParseReference(value);
+        return !reference || seen.insert(reference->number).second;
+    };
+    const auto arrayOf = [&](std::string_view value) {
+        return isNew(value) ? ArrayItems(document.Resolve(value)) : std::vector<std::string_view>();
+    };
+    std::vector<Waiting> waiting{{root, 0}};
     while (!waiting.empty()) {
-        const std::string_view value = waiting.back();
+        const Waiting next = waiting.back();
         waiting.pop_back();
-        if (const std::optional<Reference> reference = ParseReference(value)) {
-            if (!seen.insert(reference->number).second) continue;
-        }
-        const Dict node = document.ResolveDict(value);
-        const std::vector<std::string_view> items = ArrayItems(document.Resolve(node.Find(pairs)));
+        if (!isNew(next.value)) continue;
+        const Dict node = document.ResolveDict(next.value);
+        const std::vector<std::string_view> items = arrayOf(node.Find(pairs));
         for (std::size_t i = 0; i + 1 < items.size(); i += 2) {
             document.Spend(costOfEntry);
             visit(document.Resolve(items[i]), items[i + 1]);
         }
-        const std::vector<std::string_view> kids = ArrayItems(document.Resolve(node.Find("Kids")));
-        waiting.insert(waiting.end(), kids.rbegin(), kids.rend());
+        const int directDepth = ParseReference(next.value) ? 0 : next.directDepth + 1;
+        if (directDepth > directDepthLimit) continue;
+        const std::vector<std::string_view> kids = arrayOf(node.Find("Kids"));
+        for (auto kid = kids.rbegin(); kid != kids.rend(); ++kid) waiting.push_back({*kid, directDepth});
     }
 }
 
@@ -76,13 +89,12 @@ void VisitNumberTree(Document& document, std::string_view root, const NumberVisi
 }
 
 std::string NameTreeBuilder::TakeFreeName(const std::string& name, const Form& form) {
-    if (taken_.emplace(name, 1).second) return name;
-    // The count goes on where it stopped: many inputs with equal names cost no more than others.
-    for (unsigned number = taken_[name] + 1;; ++number) {
-        std::string candidate = form(name, number);
-        if (!taken_.emplace(candidate, 1).second) continue;
-        taken_[name] = number;
-        return candidate;
+    if (taken_.insert(name).second) return name;
+    // The count goes on where it stopped, for all names of one form: many equal names cost no more than others.
+    unsigned& number = counts_.emplace(form(name, 1), 1).first->second;
+    for (;;) {
+        std::string candidate = form(name, ++number);
+        if (taken_.insert(candidate).second) return candidate;
     }
 }
 

@@ -6,6 +6,7 @@
 #include <string>
 #include <string_view>
 #include <unordered_map>
+#include <unordered_set>
 #include <vector>
 
 #include "engine/Document.h"
@@ -13,8 +14,9 @@
 
 namespace zavo::pdf {
 
-// Visits the entries of a tree in its own order; `root` is the tree or a reference to it. A node that comes a second
-// time is passed over, so that trees that go in circles end. The name is the token as it stands.
+// Visits the entries of a tree in its own order; `root` is the tree or a reference to it. A node or a list that
+// comes a second time is passed over, so that trees that go in circles end and shared lists do not multiply. The name
+// is the token as it stands.
 using NameVisitor = std::function<void(std::string_view name, std::string_view value)>;
 void VisitNameTree(Document& document, std::string_view root, const NameVisitor& visit);
 using NumberVisitor = std::function<void(std::int64_t number, std::string_view value)>;
@@ -54,7 +56,8 @@ private:
 
     std::string text_;
     std::vector<Entry> entries_;
-    std::unordered_map<std::string, unsigned> taken_;  // the number that was given to the last of that name
+    std::unordered_set<std::string> taken_;
+    std::unordered_map<std::string, unsigned> counts_;  // the last number given out; by what the form makes of number 1
 };
 
 // A number tree for a new file, whose entries come in rising order.

@@ -90,9 +90,12 @@ void MergedForms::WalkFields(ObjectCopier& copier) {
             if (!field.Has("DA")) edit.added += inheritedAppearance_;
             if (!field.Has("Q")) edit.added += inheritedAlignment_;
         }
-        const std::vector<std::string_view> kids = ArrayItems(document.Resolve(field.Find("Kids")));
-        document.Spend(kids.size() * sizeof(Waiting));  // fields may share their kids
-        for (const std::string_view kid : kids) waiting.push_back({kid, false, isSignature});
+        const std::string_view kids = field.Find("Kids");
+        const std::optional<Reference> list = ParseReference(kids);
+        if (list && !seen.insert(list->number).second) continue;  // lists that fields share would multiply
+        for (const std::string_view kid : ArrayItems(document.Resolve(kids))) {
+            waiting.push_back({kid, false, isSignature});
+        }
     }
 }
 

@@ -22,7 +22,7 @@ void MergedOutlines::Prepare(ObjectCopier& copier, const Dict& catalog, bool isL
     std::string_view value = document.ResolveDict(rootValue).Find("First");
     for (std::optional<Reference> item = ParseReference(value); item; item = ParseReference(value)) {
         const Dict bookmark = document.ResolveDict(value);
-        if (!bookmark.Has("Title") || !seen.insert(item->number).second) break;
+        if (bookmark.Entries().empty() || !seen.insert(item->number).second) break;
         if (!oldFirst_) oldFirst_ = item->number;
         oldLast_ = item->number;
         const std::int64_t open = document.ResolveInteger(bookmark.Find("Count")).value_or(0);

@@ -100,7 +100,7 @@ void MergedTags::NoteUsedRoles(const ObjectCopier& copier) {
     for (const std::string& role : copier.usedRoles) {
         if (mappedRoles_.contains(role)) continue;
         plainRoles_.insert(role);
-        if (roles_.contains(role)) latePlainRoles_.insert(role);
+        missedPlainRoles_ = missedPlainRoles_ || roles_.contains(role);
     }
 }
 

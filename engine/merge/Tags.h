@@ -22,8 +22,10 @@ public:
     void Copy(ObjectCopier& copier);
     // After all of the input is copied.
     void NoteUsedRoles(const ObjectCopier& copier);
-    // What plainRoles should have held: only when all is copied it shows which types an input uses.
-    const std::set<std::string>& LatePlainRoles() const { return latePlainRoles_; }
+    // Only when all is copied it shows which types an input uses. Whether some of them should have been in plainRoles;
+    // if so the next pass needs all of PlainRoles, so that no third one meets further ones.
+    bool MissedPlainRoles() const { return missedPlainRoles_; }
+    const std::set<std::string>& PlainRoles() const { return plainRoles_; }
 
     // Gives the catalog's entries.
     std::string Finish(ObjectWriter& writer);
@@ -39,7 +41,7 @@ private:
     NameTreeBuilder identifiers_;
     std::map<std::string, std::string> roles_;  // name, name
     std::set<std::string> plainRoles_;          // names that are used without being in an input's map
-    std::set<std::string> latePlainRoles_;
+    bool missedPlainRoles_ = false;
     std::map<std::string, std::string> classes_;  // name, value
     std::string namespaces_;
     bool isMarked_ = false;

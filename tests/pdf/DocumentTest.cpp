@@ -107,6 +107,49 @@ TEST(Document, ObjectStreamWhoseLengthIsInsideItDoesNoHarm) {
     }
 }
 
+// Each stream holds the length of the one before.
+TEST(Document, ChainOfObjectStreamsCostsNoStack) {
+    constexpr std::uint32_t length = 20000;
+    constexpr std::uint32_t firstStream = 4;
+    constexpr std::uint32_t firstLength = firstStream + length;
+    std::string pdf = "%PDF-1.7\n";
+    std::string rows(7, '\0');
+    const auto addRow = [&rows](int kind, std::size_t place) {
+        rows += static_cast<char>(kind);
+        for (int shift = 24; shift >= 0; shift -= 8) rows += static_cast<char>((place >> shift) & 0xFF);
+        rows.append(2, '\0');
+    };
+    const auto add = [&](std::uint32_t number, const std::string& text) {
+        addRow(1, pdf.size());
+        pdf += std::to_string(number) + " 0 obj\n" + text + "\nendobj\n";
+    };
+    add(1, "<</Type/Catalog/Pages 2 0 R/AF[" + std::to_string(firstLength) + " 0 R]>>");
+    add(2, "<</Type/Pages/Kids[3 0 R]/Count 1>>");
+    add(3, "<</Type/Page/Parent 2 0 R/MediaBox[0 0 200 200]>>");
+    std::size_t before = 0;
+    for (std::uint32_t i = 0; i < length; ++i) {
+        const std::string head = std::to_string(firstLength + i) + " 0 ";
+        const std::string body = head + std::to_string(before) + " ";
+        before = body.size();
+        const std::string own = i + 1 < length ? std::to_string(firstLength + i + 1) + " 0 R" : std::to_string(before);
+        add(firstStream + i, "<</Type/ObjStm/N 1/First " + std::to_string(head.size()) + "/Length " + own +
+                                 ">>\nstream\n" + body + "\nendstream");
+    }
+    for (std::uint32_t i = 0; i < length; ++i) addRow(2, firstStream + i);
+    const std::uint32_t table = firstLength + length;
+    const std::size_t place = pdf.size();
+    addRow(1, place);
+    pdf += std::to_string(table) + " 0 obj\n<</Type/XRef/W[1 4 2]/Size " + std::to_string(table + 1) +
+           "/Root 1 0 R/Length " + std::to_string(rows.size()) + ">>\nstream\n" + rows +
+           "\nendstream\nendobj\nstartxref\n" + std::to_string(place) + "\n%%EOF\n";
+    RunWithStack(std::size_t{1} << 20, [&] {
+        const auto document = Document::FromBytes(pdf);
+        EXPECT_TRUE(document->IsPlain());
+        EXPECT_THROW(document->Resolve(std::to_string(firstLength) + " 0 R"), PdfError);
+        EXPECT_EQ(document->Resolve(std::to_string(table - 1) + " 0 R"), "11");
+    });
+}
+
 TEST(Document, HugeObjectNumbersCostNothing) {
     const std::string pdf = PdfMaker().Make();
     for (const char* const start : {"8388600", "4294967295", "99999999999999999999"}) {
@@ -152,6 +195,27 @@ TEST(Document, StreamNeedsItsRightLength) {
     for (const char* const length : {"3", "7", "-1", "99999999", "4 0 R", "99 0 R", "(5)"}) {
         EXPECT_THROW(make(length)->Read(4), PdfError) << length;
     }
+}
+
+TEST(Document, StreamThatDoesNotBeginOnALineOfItsOwnIsNotRead) {
+    for (const char* const begin : {"stream \n", "stream", "streamx\n"}) {
+        PdfMaker maker;
+        maker.more = {"<</Length 4>>\n" + std::string(begin) + "12\n\nendstream"};
+        EXPECT_THROW(Document::FromBytes(maker.Make())->Read(4), PdfError) << begin;
+    }
+}
+
+TEST(Document, LargeValueIsNotReadAgainAndAgainForEver) {
+    PdfMaker maker;
+    maker.more = {"(" + std::string(1 << 20, 'x') + ")"};
+    const auto document = Document::FromBytes(maker.Make());
+    const auto readOften = [&document] {
+        for (int i = 0; i < 1000; ++i) document->Resolve("4 0 R");
+    };
+    EXPECT_THROW(readOften(), PdfError);
+    EXPECT_TRUE(document->IsExhausting());
+    document->BeginTask();
+    EXPECT_EQ(document->Resolve("4 0 R").size(), (1u << 20) + 2);
 }
 
 TEST(Document, PasswordIsAskedForWhereThereIsOne) {

@@ -5,6 +5,7 @@
 #include <gtest/gtest.h>
 
 #include "engine/LargeStack.h"
+#include "engine/ObjectCopier.h"
 #include "engine/Trees.h"
 #include "tests/pdf/PdfFiles.h"
 #include "tests/pdf/SmallDisk.h"
@@ -180,6 +181,89 @@ TEST_F(Merge, LinkThatLedNowhereLeadsToNoOtherInput) {
     EXPECT_EQ(document->ResolveDict(links.at(0)).Find("Dest"), "(top#0)");
 }
 
+TEST_F(Merge, TextsBehindReferencesAreRenamedToo) {
+    PdfMaker maker;
+    maker.catalogMore =
+        "/AF[4 0 R]/Names<</Dests<</Names[(top)[3 0 R/Fit]]>>>>"
+        "/AcroForm<</Fields[8 0 R]/DR<</Font<</F 9 0 R>>>>>>";
+    maker.more = {"[<</Dest 5 0 R>><</D 5 0 R/S 6 0 R>><</D 5 0 R/S/GoToR>>]",
+                  "(top)",
+                  "/GoTo",
+                  "(/F 0 Tf)",
+                  "<</FT/Tx/T(x)/DA 7 0 R>>",
+                  "<</Type/Font/Subtype/Type1/BaseFont/Helvetica>>"};
+    Add(maker);
+    maker.more.back() = "<</Type/Font/Subtype/Type1/BaseFont/Courier>>";
+    Add(maker);
+    const auto document = Save();
+    const std::vector<std::string_view> links = ArrayItems(document->Resolve(document->Catalog().Find("AF")));
+    EXPECT_EQ(document->Resolve(links.at(1)), "[<</Dest (top#2)>><</D (top#2)/S /GoTo>><</D (top)/S/GoToR>>]");
+    const Dict form = document->ResolveDict(document->Catalog().Find("AcroForm"));
+    const Dict field = document->ResolveDict(ArrayItems(form.Find("Fields")).at(1));
+    EXPECT_EQ(field.Find("DA"), "(/F_2 0 Tf)");
+}
+
+TEST_F(Merge, ReferenceMayHaveACommentInside) {
+    PdfMaker maker;
+    maker.catalogMore = "/AF[4 0 R]";
+    maker.more = {"[5%not 6\n0 R]", "(x)"};
+    Add(maker);
+    const auto document = Save();
+    const std::vector<std::string_view> items = ArrayItems(document->Resolve(document->Catalog().Find("AF")));
+    EXPECT_EQ(document->Resolve(ArrayItems(document->Resolve(items.at(0))).at(0)), "(x)");
+}
+
+TEST_F(Merge, StringFindsADestinationThatIsNamedTheOldWay) {
+    PdfMaker maker;
+    maker.catalogMore = "/Dests<</top[3 0 R/Fit]>>/AF[4 0 R]";
+    maker.more = {"[<</Dest(top)>><</Dest/top>>]"};
+    Add(maker);
+    Add(maker);
+    const auto document = Save();
+    const std::vector<std::string_view> links = ArrayItems(document->Resolve(document->Catalog().Find("AF")));
+    EXPECT_EQ(document->Resolve(links.at(1)), "[<</Dest(top#2)>><</Dest(top#2)>>]");
+}
+
+TEST_F(Merge, BookmarkWithoutATitleDoesNotEndTheList) {
+    PdfMaker maker;
+    maker.catalogMore = "/Outlines 4 0 R";
+    maker.more = {"<</First 5 0 R/Last 7 0 R/Count 3>>", "<</Title(a)/Parent 4 0 R/Next 6 0 R>>",
+                  "<</Parent 4 0 R/Prev 5 0 R/Next 7 0 R>>", "<</Title(c)/Parent 4 0 R/Prev 6 0 R>>"};
+    Add(maker);
+    const auto document = Save();
+    EXPECT_EQ(Titles(*document), (std::vector<std::string>{"a", "", "c"}));
+}
+
+TEST_F(Merge, ResourcesThatPagesInheritAreStoredOnce) {
+    PdfMaker maker;
+    maker.more = {"<</Type/Pages/Parent 2 0 R/Count 2/Resources<</Font<</F 7 0 R>>>>/Kids[5 0 R 6 0 R]>>",
+                  "<</Type/Page/Parent 4 0 R/MediaBox[0 0 9 9]>>", "<</Type/Page/Parent 4 0 R/MediaBox[0 0 9 9]>>",
+                  "<</Type/Font/Subtype/Type1/BaseFont/Helvetica>>"};
+    maker.catalogMore = "/Pages 4 0 R";
+    std::string pdf = maker.Make();
+    pdf.replace(pdf.find("/Pages 2 0 R/"), 12, "            ");
+    Add(pdf);
+    const auto document = Save();
+    const Dict root = document->ResolveDict(document->Catalog().Find("Pages"));
+    const Dict node = document->ResolveDict(ArrayItems(root.Find("Kids")).at(0));
+    std::set<std::string> resources;
+    for (const std::string_view page : ArrayItems(node.Find("Kids"))) {
+        const Dict dictionary = document->ResolveDict(page);
+        EXPECT_TRUE(document->ResolveDict(dictionary.Find("Resources")).Has("Font"));
+        resources.emplace(dictionary.Find("Resources"));
+    }
+    EXPECT_EQ(resources.size(), 1u);
+}
+
+TEST_F(Merge, FieldsOfOneNameInOneInputKeepOneName) {
+    PdfMaker maker;
+    maker.catalogMore = "/AcroForm<</Fields[4 0 R 5 0 R]>>";
+    maker.more = {"<</FT/Tx/T(x)>>", "<</FT/Tx/T(x)>>"};
+    Add(maker);
+    Add(maker);
+    EXPECT_EQ(FieldNames(*Save()), (std::vector<std::string>{"x", "x", "x+1", "x+1"}));
+}
+
 TEST_F(Merge, WithoutBookmarksAndFieldsThereAreNone) {
     Add(Rich("x").Make(), {false, false, {}});
     const auto document = Save();
@@ -211,6 +295,56 @@ TEST_F(Merge, SignaturesGoAndTheirFieldsStay) {
     const Dict kid = document->ResolveDict(ArrayItems(field.Find("Kids")).at(0));
     EXPECT_EQ(kid.Find("T"), "(k)");
     EXPECT_FALSE(kid.Has("V"));
+}
+
+TEST_F(Merge, SignaturesGoAlsoWhereNoFormNamesTheirField) {
+    PdfMaker maker;
+    maker.catalogMore = "/AF[4 0 R]/AcroForm<</Fields[4 0 R]>>";
+    maker.more = {"<</Type/Annot/Subtype/Widget/Rect[0 0 9 9]/FT/Sig/T(s)/V 5 0 R>>",
+                  "<</Type/Sig/ByteRange[0 1 2 3]/Contents<00>>>"};
+    Add(maker.Make(), {true, false, {}});
+    maker.catalogMore = "/AF[4 0 R]";
+    Add(maker);
+    const auto document = Save();
+    const std::vector<std::string_view> fields = ArrayItems(document->Resolve(document->Catalog().Find("AF")));
+    ASSERT_EQ(fields.size(), 2u);
+    for (const std::string_view field : fields) {
+        EXPECT_EQ(document->Resolve(document->ResolveDict(field).Find("V")), "null");
+    }
+}
+
+// Blocks of two words whose differences cancel each other out, whatever the seed is.
+TEST_F(Merge, ForgedHashesDoNotMakeForEndlessComparisons) {
+    const auto document = Document::FromBytes(PdfMaker().Make());
+    SharedResources shared;
+    std::vector<std::string> values;
+    for (unsigned which = 0; which < 1024; ++which) {
+        std::string value(160, 'x');
+        for (std::size_t block = 0; block < 10; ++block) {
+            if (!(which >> block & 1)) continue;
+            for (const std::size_t place : {7u, 11u, 15u}) {
+                char& c = value[block * 16 + place];
+                c = static_cast<char>(static_cast<unsigned char>(c) ^ 0x80u);
+            }
+        }
+        values.push_back(value);
+    }
+    std::set<std::uint64_t> hashes;
+    for (std::size_t i = 0; i < values.size(); ++i) {
+        const SharedResources::Content content{values[i], {}, false};
+        hashes.insert(shared.Hash(content));
+        shared.Add(*document, content, shared.Hash(content), static_cast<std::uint32_t>(i + 1));
+    }
+    EXPECT_EQ(hashes.size(), 1u);
+    int found = 0;
+    for (std::size_t i = 0; i < values.size(); ++i) {
+        const SharedResources::Content content{values[i], {}, false};
+        const std::uint32_t number = shared.Find(content, shared.Hash(content));
+        if (number == 0) continue;
+        EXPECT_EQ(number, i + 1);
+        ++found;
+    }
+    EXPECT_LT(found, 100);
 }
 
 TEST_F(Merge, EqualResourcesAreStoredOnce) {
@@ -426,6 +560,82 @@ TEST_F(Merge, LongChainsCostNoStack) {
             EXPECT_TRUE(Document::Open(Out(), "")->IsPlain()) << c.objects[0];
         }
     });
+}
+
+// None of these ends within a minute where the cost grows with the square of the size.
+TEST_F(Merge, ManyThingsOfOneKindCostNoMoreEach) {
+    constexpr int count = 60000;
+    const auto repeated = [](const std::string& text) {
+        std::string all;
+        for (int i = 0; i < count; ++i) all += text;
+        return all;
+    };
+    const auto numbered = [](const std::string& before, const std::string& after) {
+        std::string all;
+        for (int i = 0; i < count; ++i) all += before + std::to_string(i + 5) + after;
+        return all;
+    };
+    // Halves of pairs: different names that read alike, each there twice.
+    std::string names;
+    for (int i = 0; i < count; ++i) {
+        std::array<char, 32> name = {};
+        std::snprintf(name.data(), name.size(), "<FEFF%04X%04X>", 0xD800 + i % 1024, 0xD800 + i / 1024);
+        for (int twice = 0; twice < 2; ++twice) names += name.data() + std::string(" 4 0 R ");
+    }
+    const struct {
+        std::string catalog;
+        std::vector<std::string> objects;
+    } cases[] = {
+        {"/AcroForm<</Fields[" + numbered("", " 0 R ") + "]>>", std::vector<std::string>(count + 1, "<</T(x)>>")},
+        {"/AcroForm<</Fields[4 0 R]/DR<</Font<<" + numbered("/F ", " 0 R") + ">>>>>>",
+         std::vector<std::string>(count + 1, "<</T(x)>>")},
+        {"/Names<</Dests 4 0 R>>", {repeated("<</Kids[") + repeated("]>>")}},
+        {"/Names<</EmbeddedFiles<</Names[" + names + "]>>>>", {"<</Type/Filespec/F(x)>>"}},
+    };
+    for (const auto& c : cases) {
+        PdfMaker maker;
+        maker.catalogMore = c.catalog;
+        maker.more = c.objects;
+        Merger merger;
+        merger.Add(Document::FromBytes(maker.Make()), {});
+        merger.Save(Out());
+        EXPECT_TRUE(Document::Open(Out(), "")->IsPlain()) << c.catalog.substr(0, 100);
+    }
+}
+
+TEST_F(Merge, ListThatManyFieldsShareIsReadOnce) {
+    constexpr int count = 4000;
+    PdfMaker maker;
+    std::string list = "[";
+    for (int i = 0; i < count; ++i) list += std::to_string(i + 5) + " 0 R ";
+    list += "]";
+    maker.catalogMore = "/AcroForm<</Fields" + list + ">>";
+    maker.more = {list};
+    for (int i = 0; i < count; ++i) maker.more.push_back("<</T(x" + std::to_string(i) + ")/Kids 4 0 R>>");
+    Add(maker);
+    EXPECT_EQ(FieldNames(*Save()).size(), static_cast<std::size_t>(count));
+}
+
+// An input whose plain types are just the names that a renamed one would get next.
+TEST_F(Merge, PlainStructureTypesKeepTheirMeaningWhateverTheyAreCalled) {
+    const auto make = [](const std::vector<std::string>& roles, const std::string& map) {
+        PdfMaker maker;
+        maker.catalogMore = "/StructTreeRoot 4 0 R";
+        std::string kids;
+        for (std::size_t i = 0; i < roles.size(); ++i) kids += std::to_string(i + 6) + " 0 R ";
+        maker.more = {"<</K 5 0 R/RoleMap<<" + map + ">>>>", "<</S/Document/P 4 0 R/K[" + kids + "]>>"};
+        for (const std::string& role : roles) maker.more.push_back("<</S/" + role + "/P 5 0 R>>");
+        return maker;
+    };
+    std::vector<std::string> plain{"r"};
+    for (int i = 0; i < 1000; ++i) plain.push_back(plain.back() + "_2");
+    Add(make({"r"}, "/r/P"));
+    Add(make(plain, ""));
+    const auto document = Save();
+    const Dict roles =
+        document->ResolveDict(document->ResolveDict(document->Catalog().Find("StructTreeRoot")).Find("RoleMap"));
+    ASSERT_EQ(roles.Entries().size(), 1u);
+    EXPECT_EQ(std::count(plain.begin(), plain.end(), DecodeName(roles.Entries()[0].key)), 0);
 }
 
 TEST_F(Merge, ObjectsThatAreMissingAreNull) {
