@@ -142,7 +142,7 @@ std::string Inflate(std::string_view bytes, std::size_t limit) {
                 if (plain.capacity() / 2 > produced) plain.shrink_to_fit();
                 return plain;
             case LIBDEFLATE_INSUFFICIENT_SPACE:
-                if (size == limit) throw PdfError("a stream unpacks to more than is taken");
+                if (size == limit) throw PdfTooLarge("a stream unpacks to more than is taken");
                 break;
             default: throw PdfError("a compressed stream is damaged");
         }

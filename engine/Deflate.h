@@ -15,7 +15,7 @@ namespace zavo::pdf {
 std::string Compress(std::string_view bytes, int level);
 
 // Unpacks zlib's format; what follows the end of it is ignored. Throws PdfError where the bytes are damaged or cut off,
-// and where they unpack to more than `limit` bytes.
+// and PdfTooLarge where they unpack to more than `limit` bytes.
 std::string Inflate(std::string_view bytes, std::size_t limit);
 
 // Undoes /Predictor 2 (of 8 bits a component) or 10 to 15; 1 changes nothing. A last row may be incomplete. Throws

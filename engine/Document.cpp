@@ -482,7 +482,13 @@ std::string Document::Decode(const Object& stream) {
         return std::string(stream.stream);
     }
     if (!IsName(filter, "FlateDecode") && !IsName(filter, "Fl")) throw PdfError("a stream has an unexpected filter");
-    std::string bytes = Inflate(stream.stream, limit);
+    std::string bytes;
+    try {
+        bytes = Inflate(stream.stream, limit);
+    } catch (const PdfTooLarge&) {
+        isExhausting_ = true;
+        throw;
+    }
     Spend(bytes.size());
     const Dict settings(parameters);
     const auto number = [&](std::string_view name, std::int64_t otherwise) {

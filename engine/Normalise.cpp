@@ -2,6 +2,7 @@
 // on a thread with a large stack.
 #include "engine/Normalise.h"
 
+#include <chrono>
 #include <cstddef>
 #include <exception>
 #include <memory>
@@ -66,11 +67,17 @@ struct InputBytes {
 class Input : private InputBytes, public BufferInputSource {
 public:
     explicit Input(std::string_view bytes)
-        : InputBytes(bytes), BufferInputSource("PDF", &memory), start_(StackPosition()), toRead_(WorkLimit(bytes)) {}
+        : InputBytes(bytes),
+          BufferInputSource("PDF", &memory),
+          start_(StackPosition()),
+          toRead_(WorkLimit(bytes)),
+          end_(std::chrono::steady_clock::now() + TimeLimit(bytes)) {}
 
     std::size_t read(char* target, std::size_t size) override {
         const std::size_t count = BufferInputSource::read(target, size);
-        if (count > toRead_) throw PdfError("the file is made to be read without an end");
+        if (count > toRead_ || std::chrono::steady_clock::now() > end_) {
+            throw PdfError("the file is made to be read without an end");
+        }
         toRead_ -= count;
         return count;
     }
@@ -83,10 +90,20 @@ public:
 
 private:
     // It falls with each call.
-    static std::intptr_t StackPosition() { return reinterpret_cast<std::intptr_t>(__builtin_frame_address(0)); }
+    static std::intptr_t StackPosition() {
+        const volatile char here = 0;
+        return reinterpret_cast<std::intptr_t>(&here);
+    }
+
+    // What qpdf unpacks it does not tell; so it has a time as well, many times what any file that is meant well takes.
+    static std::chrono::seconds TimeLimit(std::string_view bytes) {
+        constexpr std::uint64_t bytesPerSecond = std::uint64_t{512} << 10;
+        return std::chrono::seconds(10 + bytes.size() / bytesPerSecond);
+    }
 
     std::intptr_t start_;
     std::uint64_t toRead_;
+    std::chrono::steady_clock::time_point end_;
 };
 
 // Runs work with qpdf; what qpdf throws becomes a PdfError.

@@ -9,4 +9,9 @@ class PdfError : public std::runtime_error {
     using std::runtime_error::runtime_error;
 };
 
+// What would unpack to far more than its size lets expect. Such a file is not worth a repair.
+class PdfTooLarge : public PdfError {
+    using PdfError::PdfError;
+};
+
 }  // namespace zavo::pdf

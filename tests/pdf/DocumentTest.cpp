@@ -1,8 +1,11 @@
 // Opening PDFs: every kind of cross-reference section, damage, and files that are made to harm.
 #include "engine/Document.h"
 
+#include <ctime>
+
 #include <gtest/gtest.h>
 
+#include "engine/Deflate.h"
 #include "engine/LargeStack.h"
 #include "tests/pdf/PdfFiles.h"
 
@@ -216,6 +219,25 @@ TEST(Document, LargeValueIsNotReadAgainAndAgainForEver) {
     EXPECT_TRUE(document->IsExhausting());
     document->BeginTask();
     EXPECT_EQ(document->Resolve("4 0 R").size(), (1u << 20) + 2);
+}
+
+// Each section of such a file names the same stream, which unpacks to more than anyone has.
+TEST(Document, SectionsThatUnpackTooMuchAreRefusedWithoutARepair) {
+    const std::string packed = Compress(std::string(std::size_t{200} << 20, '\0'), 9);
+    std::string pdf = "%PDF-1.7\n1 0 obj\n<</Type/Catalog/Pages 2 0 R>>\nendobj\n";
+    const std::string stream = std::to_string(pdf.size());
+    pdf += "2 0 obj\n<</Type/XRef/Size 3/W[1 4 2]/Filter/FlateDecode/Length " + std::to_string(packed.size()) +
+           ">>\nstream\n" + packed + "\nendstream\nendobj\n";
+    std::string previous;
+    for (int i = 0; i < 200; ++i) {
+        const std::string place = std::to_string(pdf.size());
+        pdf += "xref\n0 1\n0000000000 65535 f \ntrailer\n<</Size 3/Root 1 0 R/XRefStm " + stream + previous + ">>\n";
+        previous = "/Prev " + place;
+    }
+    pdf += "startxref\n" + previous.substr(6) + "\n%%EOF\n";
+    const std::clock_t start = std::clock();
+    EXPECT_THROW(Document::FromBytes(pdf), PdfError);
+    EXPECT_LT(std::clock() - start, 5 * CLOCKS_PER_SEC);
 }
 
 TEST(Document, PasswordIsAskedForWhereThereIsOne) {
