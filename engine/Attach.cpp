@@ -172,6 +172,10 @@ void Append(Document& document, const Attachments& attachments, ReplacementFile&
 
 // For a document that cannot be extended as it stands.
 void Rewrite(const Document& document, const Attachments& attachments, ReplacementFile& file) {
+    // qpdf leaves out objects whose numbers are beyond a third of the file's size, and says nothing.
+    if (document.IsPlain() && document.ObjectLimit() > document.FileSize() / 3) {
+        throw PdfError("the object numbers are too large for the file to be written anew");
+    }
     std::vector<QpdfAttachment> rows;
     for (const Attachment* attachment : attachments) {
         rows.push_back({.name = attachment->Name(),
