@@ -8,6 +8,7 @@
 #include "engine/AttachmentNames.h"
 #include "engine/Dates.h"
 #include "engine/Deflate.h"
+#include "engine/FileSystem.h"
 #include "engine/NameTree.h"
 #include "engine/Normalise.h"
 #include "engine/Trees.h"
@@ -215,11 +216,6 @@ std::unique_ptr<ReplacementFile> WriteWith(Document& document, const Attachments
     return file;
 }
 
-bool IsSameFile(const std::filesystem::path& one, const std::filesystem::path& other) {
-    std::error_code error;
-    return std::filesystem::equivalent(one, other, error) && !error;
-}
-
 // The kid of a folder with that name, or an empty dictionary.
 Dict FindSubfolder(Document& document, const Dict& folder, std::string_view name) {
     std::string_view next = folder.Find("Child");
@@ -336,7 +332,7 @@ void EditableDocument::Save(const std::filesystem::path& path) {
     for (const auto& attachment : attachments_) {
         if (attachment->HasContent()) added.push_back(attachment.get());
     }
-    const bool overItself = IsSameFile(path, path_);
+    const bool overItself = filesystem::IsSameFile(path, path_);
     if (overItself && document_.use_count() > 1) {
         throw FileError(Utf8FromPath(path) + ": cannot be replaced: the document is still in use");
     }

@@ -126,7 +126,16 @@ void PutInPlace(const std::filesystem::path& temporary, const std::filesystem::p
     close(folder);
 }
 
-bool Exists(const std::filesystem::path& path) noexcept { return access(path.c_str(), F_OK) == 0; }
+bool Exists(const std::filesystem::path& path) noexcept {
+    struct stat status = {};
+    return lstat(path.c_str(), &status) == 0;
+}
+
+bool IsSameFile(const std::filesystem::path& one, const std::filesystem::path& other) noexcept {
+    struct stat statuses[2] = {};
+    return stat(one.c_str(), &statuses[0]) == 0 && stat(other.c_str(), &statuses[1]) == 0 &&
+           statuses[0].st_dev == statuses[1].st_dev && statuses[0].st_ino == statuses[1].st_ino;
+}
 
 void Remove(const std::filesystem::path& path) noexcept { unlink(path.c_str()); }
 

@@ -11,7 +11,8 @@ namespace zavo::pdf::filesystem {
 using Handle = std::intptr_t;
 constexpr Handle noHandle = -1;
 
-// All functions but Close, Exists and Remove throw FileError. `path` is what the error names.
+// All functions but Close, Exists, IsSameFile and Remove throw FileError. Paths may have any length. `path` is what the
+// error names.
 
 Handle OpenForReading(const std::filesystem::path& path, std::uint64_t& size);
 
@@ -34,7 +35,9 @@ void TakeAccessOf(Handle handle, const std::filesystem::path& target);
 // Puts the closed file `temporary` in the place of `target`, which need not exist.
 void PutInPlace(const std::filesystem::path& temporary, const std::filesystem::path& target);
 
-bool Exists(const std::filesystem::path& path) noexcept;
+bool Exists(const std::filesystem::path& path) noexcept;  // also a link that leads nowhere
+// Whether both paths lead to one file, whatever they look like.
+bool IsSameFile(const std::filesystem::path& one, const std::filesystem::path& other) noexcept;
 void Remove(const std::filesystem::path& path) noexcept;
 unsigned long ProcessId() noexcept;
 

@@ -2,6 +2,8 @@
 #include <windows.h>
 
 #include <algorithm>
+#include <exception>
+#include <optional>
 #include <string>
 #include <string_view>
 
@@ -52,6 +54,28 @@ std::wstring LongPath(const std::filesystem::path& path) {
     if (full.starts_with(longPrefix) || full.starts_with(LR"(\\.\)")) return full;
     if (full.starts_with(LR"(\\)")) return std::wstring(uncPrefix) + full.substr(2);
     return std::wstring(longPrefix) + full;
+}
+
+// For functions that throw nothing: empty, which is no file's path, where there is none or no memory for it.
+std::wstring LongPathIfPossible(const std::filesystem::path& path) noexcept {
+    try {
+        return LongPath(path);
+    } catch (const std::exception&) {
+        return {};
+    }
+}
+
+// What tells a file from all others. Nobody's sharing is in the way of asking for it.
+std::optional<BY_HANDLE_FILE_INFORMATION> Information(const std::filesystem::path& path) noexcept {
+    const HANDLE file =
+        CreateFileW(LongPathIfPossible(path).c_str(), 0, FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE,
+                    nullptr, OPEN_EXISTING, FILE_FLAG_BACKUP_SEMANTICS, nullptr);
+    if (file == INVALID_HANDLE_VALUE) return std::nullopt;
+    BY_HANDLE_FILE_INFORMATION information = {};
+    const bool isKnown = GetFileInformationByHandle(file, &information) != 0;
+    CloseHandle(file);
+    if (!isKnown) return std::nullopt;
+    return information;
 }
 
 HANDLE System(Handle handle) { return reinterpret_cast<HANDLE>(handle); }
@@ -156,10 +180,17 @@ void PutInPlace(const std::filesystem::path& temporary, const std::filesystem::p
 }
 
 bool Exists(const std::filesystem::path& path) noexcept {
-    return GetFileAttributesW(path.c_str()) != INVALID_FILE_ATTRIBUTES;
+    return GetFileAttributesW(LongPathIfPossible(path).c_str()) != INVALID_FILE_ATTRIBUTES;
 }
 
-void Remove(const std::filesystem::path& path) noexcept { DeleteFileW(path.c_str()); }
+bool IsSameFile(const std::filesystem::path& one, const std::filesystem::path& other) noexcept {
+    const std::optional<BY_HANDLE_FILE_INFORMATION> first = Information(one);
+    const std::optional<BY_HANDLE_FILE_INFORMATION> second = Information(other);
+    return first && second && first->dwVolumeSerialNumber == second->dwVolumeSerialNumber &&
+           first->nFileIndexHigh == second->nFileIndexHigh && first->nFileIndexLow == second->nFileIndexLow;
+}
+
+void Remove(const std::filesystem::path& path) noexcept { DeleteFileW(LongPathIfPossible(path).c_str()); }
 
 unsigned long ProcessId() noexcept { return GetCurrentProcessId(); }
 

@@ -277,6 +277,20 @@ TEST(Attach, DocumentCanBeSavedAgainAndAgain) {
     ExpectSound(pdf);
 }
 
+TEST(Attach, OtherPathsToTheFileAreTheFile) {
+    const TestFolder folder;
+    const auto pdf = folder.MakeFile("a.pdf", PdfMaker().Make());
+    std::filesystem::create_symlink("a.pdf", folder.Path("link"));
+    for (const auto& path : {folder.Path("link"), folder.Path() / "." / "a.pdf"}) {
+        EditableDocument document(pdf, "");
+        Attachment& attachment = document.Add("a.txt", "");
+        attachment.SetContent("abc");
+        document.Save(path);
+        EXPECT_TRUE(attachment.IsSaved());
+    }
+    EXPECT_EQ(AttachmentsByPoppler(pdf).size(), 2u);
+}
+
 TEST(Attach, DocumentInUseIsNotReplaced) {
     const TestFolder folder;
     const std::string old = PdfMaker().Make();
