@@ -72,11 +72,11 @@ std::string_view MimeTypeOf(std::string_view name) {
     return "application/octet-stream";
 }
 
-// A file's name holds no folders, whatever it is made of, and nothing that does not show.
+// A file's name holds no folders, whatever it is made of, and nothing that shows it as another.
 std::string SafeName(std::string_view name) {
-    std::string safe(name);
+    std::string safe = WithoutControls(name, '_');
     for (char& c : safe) {
-        if (c == '/' || c == '\\' || (c >= 0 && c < ' ') || c == 0x7F) c = '_';
+        if (c == '/' || c == '\\') c = '_';
     }
     return safe.empty() ? "_" : safe;
 }

@@ -8,6 +8,7 @@
 #include <vector>
 
 #include "engine/Attach.h"
+#include "engine/AttachmentNames.h"
 #include "engine/Dates.h"
 #include "engine/Document.h"
 #include "engine/File.h"
@@ -61,14 +62,6 @@ std::int64_t LastChange(const std::filesystem::path& path) {
     return seconds.time_since_epoch().count();
 }
 
-// Control characters in the name of an attachment would be orders to a terminal.
-std::string Shown(std::string text) {
-    for (char& c : text) {
-        if ((c >= 0 && c < ' ') || c == 0x7F) c = '?';
-    }
-    return text;
-}
-
 // "2024-02-29 23:59:59" of "D:20240229235959Z".
 std::string ShownTime(std::int64_t seconds) {
     const std::string date = DateText(seconds);
@@ -100,7 +93,9 @@ void List(const std::filesystem::path& path) {
     const auto list = OpenNamed(path, [&] { return ListAttachments(*Document::Open(path, "")); });
     for (const ListedAttachment& file : list) {
         const std::string size = file.size < 0 ? "-" : std::to_string(file.size);
-        std::printf("%s\t%s\t%s\n", size.c_str(), ShownTime(file.modified).c_str(), Shown(file.name).c_str());
+        // Control characters in a name would be orders to a terminal.
+        const std::string name = WithoutControls(file.name, '?');
+        std::printf("%s\t%s\t%s\n", size.c_str(), ShownTime(file.modified).c_str(), name.c_str());
     }
 }
 

@@ -123,6 +123,14 @@ class CommandLine(EngineTest):
                 self.assertIn("6000\t2024-02-29 23:59:59\tfür 日本.txt\n", out)
                 self.assertEqual(len(out.splitlines()), 3)
 
+    def test_NamesAreListedWithoutControlCharacters(self):
+        pdf = pathlib.Path(make_pdf(self.path("a.pdf"), "text"))
+        name = "a\u202eb\x9b\x1bc".encode("utf-16-be").hex()
+        tree = f"/Names<</EmbeddedFiles<</Names[(key)<</Type/Filespec/UF<FEFF{name}>>>]>>>>"
+        pdf.write_bytes(pdf.read_bytes().replace(b"/Type/Catalog", b"/Type/Catalog" + tree.encode("ascii")))
+        for run in (native, windows):
+            self.assertEqual(run("list", pdf), (0, "-\t-\ta?b??c\n", ""))
+
     def test_FileThatCannotBeReadIsNamedAndThePdfStays(self):
         pdf = make_pdf(self.path("a.pdf"), "text")
         old = pathlib.Path(pdf).read_bytes()

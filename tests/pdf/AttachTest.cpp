@@ -360,6 +360,24 @@ TEST(Attach, HostileNamesStayNames) {
     EXPECT_EQ(AttachmentsByPoppler(pdf), expected);
 }
 
+TEST(Attach, NamesHideNothing) {
+    const std::pair<const char*, const char*> rows[] = {
+        {"\xC2\x80\xC2\x9B\xC2\x9F\xC2\xA0", "___\xC2\xA0"},                                 // up to U+009F
+        {"a\xE2\x80\x8B\xE2\x80\x8E\xE2\x80\x8F", "a___"},                                   // U+200B, 200E, 200F
+        {"\xE2\x80\xA7\xE2\x80\xA8\xE2\x80\xAE\xE2\x80\xAF", "\xE2\x80\xA7__\xE2\x80\xAF"},  // 2028 to 202E
+        {"invoice\xE2\x80\xAE"
+         "fdp.exe",
+         "invoice_fdp.exe"},
+        {"\xE2\x81\xA5\xE2\x81\xA6\xE2\x81\xA9", "\xE2\x81\xA5__"},  // from U+2066
+        {"\xEF\xBB\xBF"
+         "a\xD8\x9C",
+         "_a_"},                                                                           // U+FEFF, 061C
+        {"\xE0\xA4\x95\xE2\x80\x8D\xE2\x80\x8C", "\xE0\xA4\x95\xE2\x80\x8D\xE2\x80\x8C"},  // joiners
+        {"\xF0\x9F\x93\x8E", "\xF0\x9F\x93\x8E"},
+    };
+    for (const auto& [name, expected] : rows) EXPECT_EQ(Attachment(name, "", {}).Name(), expected);
+}
+
 TEST(Attach, NamesOfAllPlanesAreKept) {
     const TestFolder folder;
     const auto pdf = folder.MakeFile("a.pdf", PdfMaker().Make());
