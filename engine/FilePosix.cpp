@@ -49,14 +49,14 @@ Handle OpenForReading(const std::filesystem::path& path, std::uint64_t& size) {
     return descriptor;
 }
 
-Handle Create(const std::filesystem::path& path, Lifetime lifetime) {
-    const mode_t mode = lifetime == Lifetime::Kept ? 0666 : 0600;
+Handle Create(const std::filesystem::path& path, Purpose purpose) {
+    const mode_t mode = purpose == Purpose::NewFile ? 0666 : 0600;
     const int descriptor = open(path.c_str(), O_RDWR | O_CREAT | O_EXCL | O_CLOEXEC, mode);
     if (descriptor < 0) {
         if (errno == EEXIST) return noHandle;
         Fail(path.parent_path(), "a file cannot be made there", errno);
     }
-    if (lifetime == Lifetime::UntilClosed) unlink(path.c_str());
+    if (purpose == Purpose::Spool) unlink(path.c_str());
     return descriptor;
 }
 

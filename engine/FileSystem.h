@@ -16,9 +16,13 @@ constexpr Handle noHandle = -1;
 
 Handle OpenForReading(const std::filesystem::path& path, std::uint64_t& size);
 
-enum class Lifetime { Kept, UntilClosed };
+enum class Purpose {
+    NewFile,
+    Replacement,  // nobody else may read it before TakeAccessOf
+    Spool,        // nobody else reads it, and it is gone when it is closed
+};
 // Makes a new file for reading and writing; noHandle where the name is taken.
-Handle Create(const std::filesystem::path& path, Lifetime lifetime);
+Handle Create(const std::filesystem::path& path, Purpose purpose);
 
 // Reads at most `count` bytes; 0 at the file's end.
 std::size_t ReadAt(Handle handle, std::uint64_t offset, char* bytes, std::size_t count,

@@ -106,9 +106,11 @@ Handle OpenForReading(const std::filesystem::path& path, std::uint64_t& size) {
     return reinterpret_cast<Handle>(file);
 }
 
-Handle Create(const std::filesystem::path& path, Lifetime lifetime) {
-    const DWORD flags =
-        lifetime == Lifetime::Kept ? FILE_ATTRIBUTE_NORMAL : FILE_ATTRIBUTE_TEMPORARY | FILE_FLAG_DELETE_ON_CLOSE;
+Handle Create(const std::filesystem::path& path, Purpose purpose) {
+    // The attributes of other files would stay.
+    const DWORD flags = purpose == Purpose::Spool
+                            ? FILE_ATTRIBUTE_HIDDEN | FILE_ATTRIBUTE_TEMPORARY | FILE_FLAG_DELETE_ON_CLOSE
+                            : FILE_ATTRIBUTE_NORMAL;
     const HANDLE file =
         CreateFileW(LongPath(path).c_str(), GENERIC_READ | GENERIC_WRITE, 0, nullptr, CREATE_NEW, flags, nullptr);
     if (file != INVALID_HANDLE_VALUE) return reinterpret_cast<Handle>(file);
