@@ -1,4 +1,5 @@
 // zavopdf: the engine on the command line.
+#include <algorithm>
 #include <chrono>
 #include <cstdio>
 #include <filesystem>
@@ -39,6 +40,7 @@ constexpr const char* usage =
     "       zavopdf portfolio OUT        makes an empty portfolio, where nothing may be\n"
     "       zavopdf list PDF             lists what is attached: size, time of the last change, name\n"
     "       zavopdf --help | --version\n"
+    "What begins with - is an option, but not behind --, as in: zavopdf list -- -a.pdf\n"
     "Exit codes: 0 done, 1 failed, with a line that says which file and why, 2 wrong usage.\n"
     "A command that fails leaves OUT or PDF as it was.\n";
 
@@ -99,12 +101,52 @@ void List(const std::filesystem::path& path) {
     }
 }
 
-int Run(const std::vector<std::filesystem::path>& arguments) {
-    const std::string command = arguments.empty() ? "" : Utf8FromPath(arguments[0]);
-    const Paths paths(arguments.begin() + (arguments.empty() ? 0 : 1), arguments.end());
-    if (command == "--help" || command == "-h") {
+struct CommandLine {
+    bool isHelp = false;
+    bool isVersion = false;
+    bool isWrong = false;
+    std::string command;
+    Paths paths;
+};
+
+CommandLine Understand(const Paths& arguments) {
+    CommandLine line;
+    Paths words;
+    bool optionsEnded = false;
+    for (const std::filesystem::path& argument : arguments) {
+        if (optionsEnded || !argument.native().starts_with(std::filesystem::path::value_type('-'))) {
+            words.push_back(argument);
+        } else if (argument == "--") {
+            optionsEnded = true;
+        } else if (argument == "--help" || argument == "-h") {
+            line.isHelp = true;
+        } else if (argument == "--version") {
+            line.isVersion = true;
+        } else {
+            line.isWrong = true;
+        }
+    }
+    if (!words.empty()) {
+        line.command = Utf8FromPath(words[0]);
+        line.paths.assign(words.begin() + 1, words.end());
+    }
+    return line;
+}
+
+int Run(const Paths& arguments) {
+    const CommandLine line = Understand(arguments);
+    const std::string& command = line.command;
+    const Paths& paths = line.paths;
+    if (line.isWrong) {
+        std::fputs(usage, stderr);
+        return wrongUsage;
+    }
+    if (std::any_of(paths.begin(), paths.end(), [](const auto& path) { return path.empty(); })) {
+        throw FileError("the path is empty");
+    }
+    if (line.isHelp) {
         std::fputs(usage, stdout);
-    } else if (command == "--version") {
+    } else if (line.isVersion) {
         std::puts("zavopdf " ZAVO_VERSION);
     } else if (command == "merge" && paths.size() >= 2) {
         Merge(paths);
@@ -122,7 +164,7 @@ int Run(const std::vector<std::filesystem::path>& arguments) {
     return ok;
 }
 
-int RunReported(const std::vector<std::filesystem::path>& arguments) {
+int RunReported(const Paths& arguments) {
     try {
         return Run(arguments);
     } catch (const std::bad_alloc&) {
