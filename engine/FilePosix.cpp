@@ -137,6 +137,12 @@ bool IsSameFile(const std::filesystem::path& one, const std::filesystem::path& o
            statuses[0].st_dev == statuses[1].st_dev && statuses[0].st_ino == statuses[1].st_ino;
 }
 
+std::optional<std::int64_t> LastChange(const std::filesystem::path& path) noexcept {
+    struct stat status = {};
+    if (stat(path.c_str(), &status) != 0) return std::nullopt;
+    return status.st_mtime;
+}
+
 void Remove(const std::filesystem::path& path) noexcept { unlink(path.c_str()); }
 
 unsigned long ProcessId() noexcept { return static_cast<unsigned long>(getpid()); }

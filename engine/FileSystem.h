@@ -4,6 +4,7 @@
 #include <cstddef>
 #include <cstdint>
 #include <filesystem>
+#include <optional>
 #include <string>
 
 namespace zavo::pdf::filesystem {
@@ -11,8 +12,8 @@ namespace zavo::pdf::filesystem {
 using Handle = std::intptr_t;
 constexpr Handle noHandle = -1;
 
-// All functions but Close, Exists, IsSameFile and Remove throw FileError. Paths may have any length. `path` is what the
-// error names.
+// All functions but Close, Exists, IsSameFile, LastChange and Remove throw FileError. Paths may have any length. `path`
+// is what the error names.
 
 Handle OpenForReading(const std::filesystem::path& path, std::uint64_t& size);
 
@@ -42,6 +43,8 @@ void PutInPlace(const std::filesystem::path& temporary, const std::filesystem::p
 bool Exists(const std::filesystem::path& path) noexcept;  // also a link that leads nowhere
 // Whether both paths lead to one file, whatever they look like.
 bool IsSameFile(const std::filesystem::path& one, const std::filesystem::path& other) noexcept;
+// Seconds since 1970; nothing where it is not known.
+std::optional<std::int64_t> LastChange(const std::filesystem::path& path) noexcept;
 void Remove(const std::filesystem::path& path) noexcept;
 unsigned long ProcessId() noexcept;
 

@@ -65,7 +65,7 @@ std::wstring LongPathIfPossible(const std::filesystem::path& path) noexcept {
     }
 }
 
-// What tells a file from all others. Nobody's sharing is in the way of asking for it.
+// What the system knows of a file. Nobody's sharing is in the way of asking for it.
 std::optional<BY_HANDLE_FILE_INFORMATION> Information(const std::filesystem::path& path) noexcept {
     const HANDLE file =
         CreateFileW(LongPathIfPossible(path).c_str(), 0, FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE,
@@ -190,6 +190,16 @@ bool IsSameFile(const std::filesystem::path& one, const std::filesystem::path& o
     const std::optional<BY_HANDLE_FILE_INFORMATION> second = Information(other);
     return first && second && first->dwVolumeSerialNumber == second->dwVolumeSerialNumber &&
            first->nFileIndexHigh == second->nFileIndexHigh && first->nFileIndexLow == second->nFileIndexLow;
+}
+
+std::optional<std::int64_t> LastChange(const std::filesystem::path& path) noexcept {
+    constexpr std::int64_t ticksPerSecond = 10'000'000;
+    constexpr std::int64_t secondsFrom1601To1970 = 11'644'473'600;
+    const std::optional<BY_HANDLE_FILE_INFORMATION> information = Information(path);
+    if (!information) return std::nullopt;
+    const FILETIME& time = information->ftLastWriteTime;
+    const std::uint64_t ticks = (std::uint64_t{time.dwHighDateTime} << 32) | time.dwLowDateTime;
+    return static_cast<std::int64_t>(ticks) / ticksPerSecond - secondsFrom1601To1970;
 }
 
 void Remove(const std::filesystem::path& path) noexcept { DeleteFileW(LongPathIfPossible(path).c_str()); }

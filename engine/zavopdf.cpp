@@ -1,11 +1,9 @@
 // zavopdf: the engine on the command line.
 #include <algorithm>
-#include <chrono>
 #include <cstdio>
 #include <filesystem>
 #include <memory>
 #include <string>
-#include <system_error>
 #include <vector>
 
 #include "engine/Attach.h"
@@ -13,6 +11,7 @@
 #include "engine/Dates.h"
 #include "engine/Document.h"
 #include "engine/File.h"
+#include "engine/FileSystem.h"
 #include "engine/Merge.h"
 #include "engine/PdfError.h"
 #include "engine/Portfolio.h"
@@ -56,14 +55,6 @@ auto OpenNamed(const std::filesystem::path& path, Open open) {
     }
 }
 
-std::int64_t LastChange(const std::filesystem::path& path) {
-    std::error_code error;
-    const auto time = std::filesystem::last_write_time(path, error);
-    if (error) return unknownTime;
-    const auto seconds = std::chrono::floor<std::chrono::seconds>(std::chrono::file_clock::to_sys(time));
-    return seconds.time_since_epoch().count();
-}
-
 // "2024-02-29 23:59:59" of "D:20240229235959Z".
 std::string ShownTime(std::int64_t seconds) {
     const std::string date = DateText(seconds);
@@ -85,7 +76,7 @@ void Attach(const Paths& paths) {
     for (std::size_t i = 1; i < paths.size(); ++i) {
         Attachment& attachment = document.Add(Utf8FromPath(paths[i].filename()), "");
         attachment.SetContent(InputFile(paths[i]));
-        attachment.SetModified(LastChange(paths[i]));
+        attachment.SetModified(filesystem::LastChange(paths[i]).value_or(unknownTime));
         document.FileInFolder(attachment, "/");
     }
     OpenNamed(paths[0], [&] { document.Save(paths[0]); });
