@@ -12,8 +12,7 @@ namespace zavo::pdf::filesystem {
 using Handle = std::intptr_t;
 constexpr Handle noHandle = -1;
 
-// All functions but Close, Exists, IsSameFile, LastChange and Remove throw FileError. Paths may have any length. `path`
-// is what the error names.
+// Paths may have any length. What is not noexcept throws FileError; `path` is what the error names.
 
 Handle OpenForReading(const std::filesystem::path& path, std::uint64_t& size);
 
