@@ -20,6 +20,7 @@ constexpr unsigned sectionLimit = 64;
 constexpr std::uint64_t tableOffsetLimit = 10'000'000'000;  // ten digits
 constexpr std::uint32_t neverReused = 65535;                // generation of a free number
 constexpr std::size_t compressFrom = 4096;
+constexpr std::uint64_t leastObjectSize = 3;  // bytes of a file for each of its numbers
 
 // What the trailer of the new section says itself, and what only made sense in the dictionary that it stood in.
 constexpr std::string_view ownKeys[] = {"Size",   "Prev",   "XRefStm",     "ID", "Type",    "W",  "Index",
@@ -46,12 +47,18 @@ void AppendNumber(std::string& bytes, std::uint64_t number, unsigned width) {
     for (unsigned i = width; i-- > 0;) bytes += static_cast<char>((number >> (8 * i)) & 0xFF);
 }
 
+// The first number for new objects. What the trailer says counts unless the file has no room for so many objects:
+// numbers from there would soon be none, and other readers take no such numbers.
+std::uint32_t FirstNewNumber(const Document& document) {
+    const std::uint32_t size = document.CrossReference().size;
+    const std::uint32_t behindAll = std::max(document.ObjectLimit(), std::uint32_t{1});
+    return size <= document.FileSize() / leastObjectSize ? std::max(behindAll, size) : behindAll;
+}
+
 }  // namespace
 
 AppendedSection::AppendedSection(Document& document, ReplacementFile& file)
-    : document_(document),
-      file_(file),
-      limit_(std::max({document.ObjectLimit(), document.CrossReference().size, std::uint32_t{1}})) {
+    : document_(document), file_(file), limit_(FirstNewNumber(document)) {
     file_.Write(document.Bytes());
     Write("\n");
 }
@@ -62,7 +69,11 @@ void AppendedSection::Write(std::string_view bytes) {
     file_.Write(bytes);
 }
 
-Reference AppendedSection::NewObject() { return {limit_++, 0}; }
+Reference AppendedSection::NewObject() {
+    // The number behind it has to be a good one too: it becomes /Size.
+    if (limit_ + 1 >= Document::numberLimit) throw PdfError("no object number is left");
+    return {limit_++, 0};
+}
 
 void AppendedSection::Begin(Reference place) {
     written_.push_back({place, file_.Position()});

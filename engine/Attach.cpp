@@ -8,6 +8,7 @@
 #include "engine/AttachmentNames.h"
 #include "engine/Dates.h"
 #include "engine/Deflate.h"
+#include "engine/FileSystem.h"
 #include "engine/NameTree.h"
 #include "engine/Normalise.h"
 #include "engine/Trees.h"
@@ -71,11 +72,11 @@ std::string_view MimeTypeOf(std::string_view name) {
     return "application/octet-stream";
 }
 
-// A file's name holds no folders, whatever it is made of, and nothing that does not show.
+// A file's name holds no folders, whatever it is made of, and nothing that shows it as another.
 std::string SafeName(std::string_view name) {
-    std::string safe(name);
+    std::string safe = WithoutControls(name, '_');
     for (char& c : safe) {
-        if (c == '/' || c == '\\' || (c >= 0 && c < ' ') || c == 0x7F) c = '_';
+        if (c == '/' || c == '\\') c = '_';
     }
     return safe.empty() ? "_" : safe;
 }
@@ -172,6 +173,10 @@ void Append(Document& document, const Attachments& attachments, ReplacementFile&
 
 // For a document that cannot be extended as it stands.
 void Rewrite(const Document& document, const Attachments& attachments, ReplacementFile& file) {
+    // qpdf leaves out objects whose numbers are beyond a third of the file's size, and says nothing.
+    if (document.IsPlain() && document.ObjectLimit() > document.FileSize() / 3) {
+        throw PdfError("the object numbers are too large for the file to be written anew");
+    }
     std::vector<QpdfAttachment> rows;
     for (const Attachment* attachment : attachments) {
         rows.push_back({.name = attachment->Name(),
@@ -209,11 +214,6 @@ std::unique_ptr<ReplacementFile> WriteWith(Document& document, const Attachments
     }
     Rewrite(document, attachments, *file);
     return file;
-}
-
-bool IsSameFile(const std::filesystem::path& one, const std::filesystem::path& other) {
-    std::error_code error;
-    return std::filesystem::equivalent(one, other, error) && !error;
 }
 
 // The kid of a folder with that name, or an empty dictionary.
@@ -332,7 +332,7 @@ void EditableDocument::Save(const std::filesystem::path& path) {
     for (const auto& attachment : attachments_) {
         if (attachment->HasContent()) added.push_back(attachment.get());
     }
-    const bool overItself = IsSameFile(path, path_);
+    const bool overItself = filesystem::IsSameFile(path, path_);
     if (overItself && document_.use_count() > 1) {
         throw FileError(Utf8FromPath(path) + ": cannot be replaced: the document is still in use");
     }

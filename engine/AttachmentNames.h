@@ -18,4 +18,8 @@ std::string NumberedFileName(std::string_view name, std::uint64_t number);
 // For readers that know ASCII only: each other character becomes "_".
 std::string AsciiName(std::string_view name);
 
+// The UTF-8 text with `substitute` for each control character: of terminals, of the direction of writing, and those
+// that end lines or do not show. Joiners stay, because scripts need them.
+std::string WithoutControls(std::string_view text, char substitute);
+
 }  // namespace zavo::pdf

@@ -44,6 +44,7 @@ public:
 
     // One more than the highest object number.
     std::uint32_t ObjectLimit() const { return static_cast<std::uint32_t>(entries_.size()); }
+    static constexpr std::uint64_t numberLimit = 8388608;  // object numbers end below it (ISO 32000-1, annex C)
     // Whether there is such an object; others read as null.
     bool Exists(std::uint32_t number) const { return number < entries_.size() && entries_[number].kind >= Kind::Plain; }
     std::uint32_t Generation(std::uint32_t number) const;

@@ -32,10 +32,10 @@ std::string UniqueName() {
     return name + ".tmp";
 }
 
-NewFile CreateIn(const std::filesystem::path& folder, filesystem::Lifetime lifetime) {
+NewFile CreateIn(const std::filesystem::path& folder, filesystem::Purpose purpose) {
     for (int tries = 0; tries < 100; ++tries) {
         std::filesystem::path path = folder / UniqueName();
-        const filesystem::Handle handle = filesystem::Create(path, lifetime);
+        const filesystem::Handle handle = filesystem::Create(path, purpose);
         if (handle != filesystem::noHandle) return {std::move(path), handle};
     }
     throw FileError(Utf8FromPath(folder) + ": no name is free for a temporary file");
@@ -85,7 +85,8 @@ void InputFile::CopyTo(const Sink& sink) const { CopyPieces(handle_, size_, path
 ReplacementFile::ReplacementFile(const std::filesystem::path& target)
     : target_(filesystem::ReplaceableTarget(target)), targetExisted_(filesystem::Exists(target_)) {
     buffer_.reserve(bufferSize);
-    NewFile file = CreateIn(target_.parent_path(), filesystem::Lifetime::Kept);
+    NewFile file = CreateIn(target_.parent_path(),
+                            targetExisted_ ? filesystem::Purpose::Replacement : filesystem::Purpose::NewFile);
     temporary_ = std::move(file.path);
     handle_ = file.handle;
 }
@@ -133,7 +134,7 @@ Spool::~Spool() {
 
 void Spool::Write(std::string_view bytes) {
     if (handle_ == filesystem::noHandle && size_ + bytes.size() > spoolLimit) {
-        handle_ = CreateIn(folder_, filesystem::Lifetime::UntilClosed).handle;
+        handle_ = CreateIn(folder_, filesystem::Purpose::Spool).handle;
         filesystem::WriteAt(handle_, 0, memory_.data(), memory_.size(), folder_);
         std::string().swap(memory_);
     }

@@ -49,14 +49,14 @@ Handle OpenForReading(const std::filesystem::path& path, std::uint64_t& size) {
     return descriptor;
 }
 
-Handle Create(const std::filesystem::path& path, Lifetime lifetime) {
-    const mode_t mode = lifetime == Lifetime::Kept ? 0666 : 0600;
+Handle Create(const std::filesystem::path& path, Purpose purpose) {
+    const mode_t mode = purpose == Purpose::NewFile ? 0666 : 0600;
     const int descriptor = open(path.c_str(), O_RDWR | O_CREAT | O_EXCL | O_CLOEXEC, mode);
     if (descriptor < 0) {
         if (errno == EEXIST) return noHandle;
         Fail(path.parent_path(), "a file cannot be made there", errno);
     }
-    if (lifetime == Lifetime::UntilClosed) unlink(path.c_str());
+    if (purpose == Purpose::Spool) unlink(path.c_str());
     return descriptor;
 }
 
@@ -126,7 +126,22 @@ void PutInPlace(const std::filesystem::path& temporary, const std::filesystem::p
     close(folder);
 }
 
-bool Exists(const std::filesystem::path& path) noexcept { return access(path.c_str(), F_OK) == 0; }
+bool Exists(const std::filesystem::path& path) noexcept {
+    struct stat status = {};
+    return lstat(path.c_str(), &status) == 0;
+}
+
+bool IsSameFile(const std::filesystem::path& one, const std::filesystem::path& other) noexcept {
+    struct stat statuses[2] = {};
+    return stat(one.c_str(), &statuses[0]) == 0 && stat(other.c_str(), &statuses[1]) == 0 &&
+           statuses[0].st_dev == statuses[1].st_dev && statuses[0].st_ino == statuses[1].st_ino;
+}
+
+std::optional<std::int64_t> LastChange(const std::filesystem::path& path) noexcept {
+    struct stat status = {};
+    if (stat(path.c_str(), &status) != 0) return std::nullopt;
+    return status.st_mtime;
+}
 
 void Remove(const std::filesystem::path& path) noexcept { unlink(path.c_str()); }
 

@@ -2,6 +2,8 @@
 #include <windows.h>
 
 #include <algorithm>
+#include <exception>
+#include <optional>
 #include <string>
 #include <string_view>
 
@@ -54,6 +56,28 @@ std::wstring LongPath(const std::filesystem::path& path) {
     return std::wstring(longPrefix) + full;
 }
 
+// For functions that throw nothing: empty, which is no file's path, where there is none or no memory for it.
+std::wstring LongPathIfPossible(const std::filesystem::path& path) noexcept {
+    try {
+        return LongPath(path);
+    } catch (const std::exception&) {
+        return {};
+    }
+}
+
+// What the system knows of a file. Nobody's sharing is in the way of asking for it.
+std::optional<BY_HANDLE_FILE_INFORMATION> Information(const std::filesystem::path& path) noexcept {
+    const HANDLE file =
+        CreateFileW(LongPathIfPossible(path).c_str(), 0, FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE,
+                    nullptr, OPEN_EXISTING, FILE_FLAG_BACKUP_SEMANTICS, nullptr);
+    if (file == INVALID_HANDLE_VALUE) return std::nullopt;
+    BY_HANDLE_FILE_INFORMATION information = {};
+    const bool isKnown = GetFileInformationByHandle(file, &information) != 0;
+    CloseHandle(file);
+    if (!isKnown) return std::nullopt;
+    return information;
+}
+
 HANDLE System(Handle handle) { return reinterpret_cast<HANDLE>(handle); }
 
 // Reading and writing at a place of their own leave no file position behind that another call could meet.
@@ -82,9 +106,11 @@ Handle OpenForReading(const std::filesystem::path& path, std::uint64_t& size) {
     return reinterpret_cast<Handle>(file);
 }
 
-Handle Create(const std::filesystem::path& path, Lifetime lifetime) {
-    const DWORD flags =
-        lifetime == Lifetime::Kept ? FILE_ATTRIBUTE_NORMAL : FILE_ATTRIBUTE_TEMPORARY | FILE_FLAG_DELETE_ON_CLOSE;
+Handle Create(const std::filesystem::path& path, Purpose purpose) {
+    // The attributes of other files would stay.
+    const DWORD flags = purpose == Purpose::Spool
+                            ? FILE_ATTRIBUTE_HIDDEN | FILE_ATTRIBUTE_TEMPORARY | FILE_FLAG_DELETE_ON_CLOSE
+                            : FILE_ATTRIBUTE_NORMAL;
     const HANDLE file =
         CreateFileW(LongPath(path).c_str(), GENERIC_READ | GENERIC_WRITE, 0, nullptr, CREATE_NEW, flags, nullptr);
     if (file != INVALID_HANDLE_VALUE) return reinterpret_cast<Handle>(file);
@@ -156,10 +182,27 @@ void PutInPlace(const std::filesystem::path& temporary, const std::filesystem::p
 }
 
 bool Exists(const std::filesystem::path& path) noexcept {
-    return GetFileAttributesW(path.c_str()) != INVALID_FILE_ATTRIBUTES;
+    return GetFileAttributesW(LongPathIfPossible(path).c_str()) != INVALID_FILE_ATTRIBUTES;
 }
 
-void Remove(const std::filesystem::path& path) noexcept { DeleteFileW(path.c_str()); }
+bool IsSameFile(const std::filesystem::path& one, const std::filesystem::path& other) noexcept {
+    const std::optional<BY_HANDLE_FILE_INFORMATION> first = Information(one);
+    const std::optional<BY_HANDLE_FILE_INFORMATION> second = Information(other);
+    return first && second && first->dwVolumeSerialNumber == second->dwVolumeSerialNumber &&
+           first->nFileIndexHigh == second->nFileIndexHigh && first->nFileIndexLow == second->nFileIndexLow;
+}
+
+std::optional<std::int64_t> LastChange(const std::filesystem::path& path) noexcept {
+    constexpr std::int64_t ticksPerSecond = 10'000'000;
+    constexpr std::int64_t secondsFrom1601To1970 = 11'644'473'600;
+    const std::optional<BY_HANDLE_FILE_INFORMATION> information = Information(path);
+    if (!information) return std::nullopt;
+    const FILETIME& time = information->ftLastWriteTime;
+    const std::uint64_t ticks = (std::uint64_t{time.dwHighDateTime} << 32) | time.dwLowDateTime;
+    return static_cast<std::int64_t>(ticks) / ticksPerSecond - secondsFrom1601To1970;
+}
+
+void Remove(const std::filesystem::path& path) noexcept { DeleteFileW(LongPathIfPossible(path).c_str()); }
 
 unsigned long ProcessId() noexcept { return GetCurrentProcessId(); }
 

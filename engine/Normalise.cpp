@@ -256,7 +256,7 @@ std::string Normalise(std::string_view bytes, std::string_view password) {
     std::string normal;
     normal.reserve(bytes.size());
     HeldException held;
-    RunQpdf(held, [&] {
+    const auto normalise = [&] {
         QPDF pdf;
         Open(pdf, bytes, password);
         QPDFWriter writer(pdf);
@@ -269,7 +269,15 @@ std::string Normalise(std::string_view bytes, std::string_view password) {
             normal += piece;
         };
         Write(writer, keep, held);
-    });
+    };
+    try {
+        RunQpdf(held, normalise);
+    } catch (const PdfError&) {
+        // What qpdf says of a picture or a text is of no use.
+        constexpr std::size_t headerLimit = 1024;
+        if (bytes.substr(0, headerLimit).find("%PDF-") == std::string_view::npos) throw PdfError("this is not a PDF");
+        throw;
+    }
     return normal;
 }
 

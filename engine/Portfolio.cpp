@@ -11,6 +11,7 @@
 
 #include "engine/Dates.h"
 #include "engine/File.h"
+#include "engine/FileSystem.h"
 #include "engine/Hash.h"
 
 namespace zavo::pdf {
@@ -28,10 +29,7 @@ constexpr std::string_view pageContent =
 }  // namespace
 
 void WriteEmptyPortfolio(const std::filesystem::path& path) {
-    std::error_code error;
-    if (std::filesystem::exists(std::filesystem::symlink_status(path, error))) {
-        throw FileError(Utf8FromPath(path) + ": exists already");
-    }
+    if (filesystem::Exists(path)) throw FileError(Utf8FromPath(path) + ": exists already");
     const std::string now = DateText(static_cast<std::int64_t>(std::time(nullptr)));
     const std::string dates = "/CreationDate(" + now + ")/ModDate(" + now + ")";
     // Objects 1 to 9. The tree of attachments and the root folder are objects of their own, because what is attached

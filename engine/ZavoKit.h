@@ -56,9 +56,9 @@ bool PDF_Save(PdfDocument document, const wchar_t* path);
 
 // --- Attachments -----------------------------------------------------------------------------------------------------
 
-// Adds an embedded-file entry. `fileName` is what readers show; characters that no file name has become "_". A name
-// that the document has already is taken. `description` may be empty or null. An entry without content is not saved.
-// Null when `document` is none or `fileName` is empty.
+// Adds an embedded-file entry. `fileName` is what readers show; separators and control characters, those of the
+// direction of writing among them, become "_". A name that the document has already is taken. `description` may be
+// empty or null. An entry without content is not saved. Null when `document` is none or `fileName` is empty.
 PdfAttachment PDFDoc_NewAttachment(PdfDocument document, const wchar_t* fileName, const wchar_t* description);
 
 // Sets the content of an entry of `document`, or sets it again; `bytes` may be null where `byteCount` is 0. Content

@@ -1,16 +1,17 @@
 // zavopdf: the engine on the command line.
-#include <chrono>
+#include <algorithm>
 #include <cstdio>
 #include <filesystem>
 #include <memory>
 #include <string>
-#include <system_error>
 #include <vector>
 
 #include "engine/Attach.h"
+#include "engine/AttachmentNames.h"
 #include "engine/Dates.h"
 #include "engine/Document.h"
 #include "engine/File.h"
+#include "engine/FileSystem.h"
 #include "engine/Merge.h"
 #include "engine/PdfError.h"
 #include "engine/Portfolio.h"
@@ -38,6 +39,7 @@ constexpr const char* usage =
     "       zavopdf portfolio OUT        makes an empty portfolio, where nothing may be\n"
     "       zavopdf list PDF             lists what is attached: size, time of the last change, name\n"
     "       zavopdf --help | --version\n"
+    "What begins with - is an option, but not behind --, as in: zavopdf list -- -a.pdf\n"
     "Exit codes: 0 done, 1 failed, with a line that says which file and why, 2 wrong usage.\n"
     "A command that fails leaves OUT or PDF as it was.\n";
 
@@ -51,22 +53,6 @@ auto OpenNamed(const std::filesystem::path& path, Open open) {
     } catch (const PdfError& error) {
         throw PdfError(Utf8FromPath(path) + ": " + error.what());
     }
-}
-
-std::int64_t LastChange(const std::filesystem::path& path) {
-    std::error_code error;
-    const auto time = std::filesystem::last_write_time(path, error);
-    if (error) return unknownTime;
-    const auto seconds = std::chrono::floor<std::chrono::seconds>(std::chrono::file_clock::to_sys(time));
-    return seconds.time_since_epoch().count();
-}
-
-// Control characters in the name of an attachment would be orders to a terminal.
-std::string Shown(std::string text) {
-    for (char& c : text) {
-        if ((c >= 0 && c < ' ') || c == 0x7F) c = '?';
-    }
-    return text;
 }
 
 // "2024-02-29 23:59:59" of "D:20240229235959Z".
@@ -90,7 +76,7 @@ void Attach(const Paths& paths) {
     for (std::size_t i = 1; i < paths.size(); ++i) {
         Attachment& attachment = document.Add(Utf8FromPath(paths[i].filename()), "");
         attachment.SetContent(InputFile(paths[i]));
-        attachment.SetModified(LastChange(paths[i]));
+        attachment.SetModified(filesystem::LastChange(paths[i]).value_or(unknownTime));
         document.FileInFolder(attachment, "/");
     }
     OpenNamed(paths[0], [&] { document.Save(paths[0]); });
@@ -100,16 +86,58 @@ void List(const std::filesystem::path& path) {
     const auto list = OpenNamed(path, [&] { return ListAttachments(*Document::Open(path, "")); });
     for (const ListedAttachment& file : list) {
         const std::string size = file.size < 0 ? "-" : std::to_string(file.size);
-        std::printf("%s\t%s\t%s\n", size.c_str(), ShownTime(file.modified).c_str(), Shown(file.name).c_str());
+        // Control characters in a name would be orders to a terminal.
+        const std::string name = WithoutControls(file.name, '?');
+        std::printf("%s\t%s\t%s\n", size.c_str(), ShownTime(file.modified).c_str(), name.c_str());
     }
 }
 
-int Run(const std::vector<std::filesystem::path>& arguments) {
-    const std::string command = arguments.empty() ? "" : Utf8FromPath(arguments[0]);
-    const Paths paths(arguments.begin() + (arguments.empty() ? 0 : 1), arguments.end());
-    if (command == "--help" || command == "-h") {
+struct CommandLine {
+    bool isHelp = false;
+    bool isVersion = false;
+    bool isWrong = false;
+    std::string command;
+    Paths paths;
+};
+
+CommandLine Understand(const Paths& arguments) {
+    CommandLine line;
+    Paths words;
+    bool optionsEnded = false;
+    for (const std::filesystem::path& argument : arguments) {
+        if (optionsEnded || !argument.native().starts_with(std::filesystem::path::value_type('-'))) {
+            words.push_back(argument);
+        } else if (argument == "--") {
+            optionsEnded = true;
+        } else if (argument == "--help" || argument == "-h") {
+            line.isHelp = true;
+        } else if (argument == "--version") {
+            line.isVersion = true;
+        } else {
+            line.isWrong = true;
+        }
+    }
+    if (!words.empty()) {
+        line.command = Utf8FromPath(words[0]);
+        line.paths.assign(words.begin() + 1, words.end());
+    }
+    return line;
+}
+
+int Run(const Paths& arguments) {
+    const CommandLine line = Understand(arguments);
+    const std::string& command = line.command;
+    const Paths& paths = line.paths;
+    if (line.isWrong) {
+        std::fputs(usage, stderr);
+        return wrongUsage;
+    }
+    if (std::any_of(paths.begin(), paths.end(), [](const auto& path) { return path.empty(); })) {
+        throw FileError("the path is empty");
+    }
+    if (line.isHelp) {
         std::fputs(usage, stdout);
-    } else if (command == "--version") {
+    } else if (line.isVersion) {
         std::puts("zavopdf " ZAVO_VERSION);
     } else if (command == "merge" && paths.size() >= 2) {
         Merge(paths);
@@ -127,7 +155,7 @@ int Run(const std::vector<std::filesystem::path>& arguments) {
     return ok;
 }
 
-int RunReported(const std::vector<std::filesystem::path>& arguments) {
+int RunReported(const Paths& arguments) {
     try {
         return Run(arguments);
     } catch (const std::bad_alloc&) {

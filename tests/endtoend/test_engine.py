@@ -80,10 +80,30 @@ class CommandLine(EngineTest):
 
     def test_WrongUsageIsSaid(self):
         for arguments in ((), ("what",), ("merge",), ("merge", "out.pdf"), ("list",), ("list", "a", "b"),
-                          ("attach", "a")):
+                          ("attach", "a"), ("list", "-a.pdf"), ("list", "-"), ("--what",), ("-x", "list", "a"),
+                          ("--help", "-x"), ("--",), ("list", "--")):
             code, out, errors = self.both(*arguments)
             self.assertEqual((code, out), (2, ""), arguments)
             self.assertIn("Usage:", errors)
+
+    def test_EmptyPathIsSaid(self):
+        for arguments in (("list", ""), ("merge", "out.pdf", ""), ("attach", "", "a"), ("portfolio", "")):
+            for run in (native, windows):
+                code, out, errors = run(*arguments)
+                self.assertEqual((code, out), (1, ""), arguments)
+                self.assertRegex(errors, r"\Azavopdf: the path is empty\n?\Z")
+
+    def test_BehindTwoHyphensEverythingIsAPath(self):
+        for arguments in (("list", "--", "-none.pdf"), ("--", "list", "-none.pdf")):
+            code, _, errors = self.both(*arguments)
+            self.assertEqual(code, 1)
+            self.assertRegex(errors, r"\Azavopdf: -none\.pdf: cannot be opened: .*\n\Z")
+
+    def test_WhatIsNoPdfIsSaidToBeNone(self):
+        for name, content in (("empty.pdf", b""), ("text.pdf", b"no PDF"), ("late.pdf", b" " * 1024 + b"%PDF-1.7")):
+            path = self.file(name, content)
+            self.assertEqual(native("list", path), (1, "", f"zavopdf: {path}: this is not a PDF\n"))
+            self.assertEqual(self.both("list", path)[0], 1)
 
     def test_MergesInOrder(self):
         inputs = [make_pdf(self.path(f"{text}.pdf"), text) for text in ("one", "two", "three")]
@@ -122,6 +142,14 @@ class CommandLine(EngineTest):
                 self.assertEqual((code, errors), (0, ""))
                 self.assertIn("6000\t2024-02-29 23:59:59\tfür 日本.txt\n", out)
                 self.assertEqual(len(out.splitlines()), 3)
+
+    def test_NamesAreListedWithoutControlCharacters(self):
+        pdf = pathlib.Path(make_pdf(self.path("a.pdf"), "text"))
+        name = "a\u202eb\x9b\x1bc".encode("utf-16-be").hex()
+        tree = f"/Names<</EmbeddedFiles<</Names[(key)<</Type/Filespec/UF<FEFF{name}>>>]>>>>"
+        pdf.write_bytes(pdf.read_bytes().replace(b"/Type/Catalog", b"/Type/Catalog" + tree.encode("ascii")))
+        for run in (native, windows):
+            self.assertEqual(run("list", pdf), (0, "-\t-\ta?b??c\n", ""))
 
     def test_FileThatCannotBeReadIsNamedAndThePdfStays(self):
         pdf = make_pdf(self.path("a.pdf"), "text")

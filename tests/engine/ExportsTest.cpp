@@ -298,9 +298,15 @@ TEST(Engine, LargeContentIsSpooledAndTheSpoolGoes) {
     for (char& c : noise) c = static_cast<char>((state = state * 6364136223846793005u + 1442695040888963407u) >> 56);
     const PdfDocument document = PDF_LoadDocument(path.c_str(), "");
     Attach(document, L"noise", noise);
-    EXPECT_EQ(NamesIn(folder.Path()).size(), 2u);
+    const Names names = NamesIn(folder.Path());
+    EXPECT_EQ(names.size(), 2u);
+    for (const std::wstring& name : names) {
+        const DWORD attributes = GetFileAttributesW((folder.Path() + L"\\" + name).c_str());
+        EXPECT_EQ((attributes & FILE_ATTRIBUTE_HIDDEN) != 0, name != L"a.pdf");
+    }
     EXPECT_TRUE(PDF_Save(document, path.c_str()));
     EXPECT_EQ(NamesIn(folder.Path()), Names{L"a.pdf"});
+    EXPECT_EQ(GetFileAttributesW(path.c_str()) & FILE_ATTRIBUTE_HIDDEN, 0u);
     Attach(document, L"more", noise);
     EXPECT_TRUE(PDF_CloseDocument(document));
     EXPECT_EQ(NamesIn(folder.Path()), Names{L"a.pdf"});
@@ -387,8 +393,9 @@ TEST(Engine, TakesLongAndNonLatinPaths) {
 
     const PdfDocument document = PDF_LoadDocument(pdf.c_str(), "");
     ASSERT_TRUE(document);
-    Attach(document, L"one", "1");
+    const PdfAttachment attachment = Attach(document, L"one", "1");
     EXPECT_TRUE(PDF_Save(document, pdf.c_str()));
+    EXPECT_FALSE(PDFAttachment_SetCreatedTime(attachment, 0));  // it is saved: the path was taken for the file's own
     const PdfMerge merge = PDFMerge_Create();
     EXPECT_TRUE(Add(merge, document));
     EXPECT_TRUE(PDFMerge_Save(merge, merged.c_str(), 0));

@@ -157,6 +157,59 @@ TEST(Attach, RewritesADamagedFile) {
     ExpectAttaching(cut);  // readers see the state before the torn section, and so does what is appended
 }
 
+// Large enough for high object numbers to be believed.
+PdfMaker LargeMaker() {
+    PdfMaker maker;
+    maker.more = {"<</Length 600000>>\nstream\n" + std::string(600000, 'x') + "\nendstream"};
+    return maker;
+}
+
+TEST(Attach, SizeFarBeyondTheObjectsLosesNothing) {
+    for (const Form form : {Form::Table, Form::Stream}) {
+        for (const char* size : {"8388603", "8388606", "8388607", "200001", "199999"}) {
+            SCOPED_TRACE(size);
+            const TestFolder folder;
+            std::string old = LargeMaker().Make(form);
+            const std::size_t place = old.rfind("/Size ");
+            const std::string count = old.substr(place + 6, 1);
+            old.replace(place, 7, (form == Form::Stream ? "/Index[0 " + count + "]/Size " : "/Size ") + size);
+            const auto pdf = folder.MakeFile("a.pdf", old);
+            for (std::size_t files = 1; files <= 3; ++files) {
+                ASSERT_TRUE(Document::Open(pdf, "")->IsPlain());
+                Attach(pdf, {{"file" + std::to_string(files), "abc"}});
+                EXPECT_EQ(ListAttachments(*Document::Open(pdf, "")).size(), files);
+            }
+            EXPECT_TRUE(ReadBytes(pdf).starts_with(old));
+            ExpectSound(pdf);
+            EXPECT_EQ(AttachmentsByPoppler(pdf), (Files{{"file1", "abc"}, {"file2", "abc"}, {"file3", "abc"}}));
+        }
+    }
+}
+
+TEST(Attach, UsedUpObjectNumbersAreAnErrorAndLoseNothing) {
+    const TestFolder folder;
+    std::string old = LargeMaker().Make();
+    const std::size_t table = old.rfind("xref\n0 ");
+    const std::string far = "8388600 0 obj\n(far)\nendobj\n";
+    old.resize(old.rfind("startxref"));
+    old += "startxref\n" + std::to_string(table + far.size()) + "\n%%EOF\n";
+    old.insert(old.rfind("trailer"), "8388600 1\n0000" + std::to_string(table) + " 00000 n \n");
+    old.insert(table, far);
+    old.replace(old.rfind("/Size ") + 6, 1, "8388601");
+    const auto pdf = folder.MakeFile("a.pdf", old);
+    std::size_t count = 0;
+    std::string error;
+    do {
+        old = ReadBytes(pdf);
+        EXPECT_EQ(ListAttachments(*Document::Open(pdf, "")).size(), count);
+        EXPECT_EQ(Document::Open(pdf, "")->Resolve("8388600 0 R"), "(far)");
+        error = ErrorOf([&] { Attach(pdf, {{"file" + std::to_string(++count), "abc"}}); });
+    } while (error == "no error" && count < 9);
+    EXPECT_EQ(count, 3u);
+    EXPECT_EQ(error, "the object numbers are too large for the file to be written anew");
+    EXPECT_EQ(ReadBytes(pdf), old);
+}
+
 TEST(Attach, OldSignaturesStayIntact) {
     // What a signature covers is the old file's bytes: they are all there, in their place.
     const TestFolder folder;
@@ -222,6 +275,20 @@ TEST(Attach, DocumentCanBeSavedAgainAndAgain) {
         EXPECT_EQ(AttachmentsByPoppler(pdf), files);
     }
     ExpectSound(pdf);
+}
+
+TEST(Attach, OtherPathsToTheFileAreTheFile) {
+    const TestFolder folder;
+    const auto pdf = folder.MakeFile("a.pdf", PdfMaker().Make());
+    std::filesystem::create_symlink("a.pdf", folder.Path("link"));
+    for (const auto& path : {folder.Path("link"), folder.Path() / "." / "a.pdf"}) {
+        EditableDocument document(pdf, "");
+        Attachment& attachment = document.Add("a.txt", "");
+        attachment.SetContent("abc");
+        document.Save(path);
+        EXPECT_TRUE(attachment.IsSaved());
+    }
+    EXPECT_EQ(AttachmentsByPoppler(pdf).size(), 2u);
 }
 
 TEST(Attach, DocumentInUseIsNotReplaced) {
@@ -291,6 +358,24 @@ TEST(Attach, HostileNamesStayNames) {
     const Files expected = {{"a)b(c_d", "1"}, {"x>>endobj", "2"},  {".._.._up.txt", "3"}, {"C:_boot.ini", "4"},
                             {"nul_l", "5"},   {"line__feed", "6"}, {"<0>name", "7"},      {"_", "8"}};
     EXPECT_EQ(AttachmentsByPoppler(pdf), expected);
+}
+
+TEST(Attach, NamesHideNothing) {
+    const std::pair<const char*, const char*> rows[] = {
+        {"\xC2\x80\xC2\x9B\xC2\x9F\xC2\xA0", "___\xC2\xA0"},                                 // up to U+009F
+        {"a\xE2\x80\x8B\xE2\x80\x8E\xE2\x80\x8F", "a___"},                                   // U+200B, 200E, 200F
+        {"\xE2\x80\xA7\xE2\x80\xA8\xE2\x80\xAE\xE2\x80\xAF", "\xE2\x80\xA7__\xE2\x80\xAF"},  // 2028 to 202E
+        {"invoice\xE2\x80\xAE"
+         "fdp.exe",
+         "invoice_fdp.exe"},
+        {"\xE2\x81\xA5\xE2\x81\xA6\xE2\x81\xA9", "\xE2\x81\xA5__"},  // from U+2066
+        {"\xEF\xBB\xBF"
+         "a\xD8\x9C",
+         "_a_"},                                                                           // U+FEFF, 061C
+        {"\xE0\xA4\x95\xE2\x80\x8D\xE2\x80\x8C", "\xE0\xA4\x95\xE2\x80\x8D\xE2\x80\x8C"},  // joiners
+        {"\xF0\x9F\x93\x8E", "\xF0\x9F\x93\x8E"},
+    };
+    for (const auto& [name, expected] : rows) EXPECT_EQ(Attachment(name, "", {}).Name(), expected);
 }
 
 TEST(Attach, NamesOfAllPlanesAreKept) {

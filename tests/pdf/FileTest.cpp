@@ -112,6 +112,29 @@ TEST(ReplacementFile, ReplacesAndKeepsTheMode) {
     EXPECT_EQ(folder.Names(), Names{"a"});
 }
 
+TEST(ReplacementFile, NobodyReadsItBeforeItHasTheTargetsMode) {
+    const TestFolder folder;
+    const auto target = folder.MakeFile("a", "old");
+    ASSERT_EQ(chmod(target.c_str(), 0644), 0);
+    const ReplacementFile file(target);
+    for (const std::string& name : folder.Names()) {
+        struct stat status = {};
+        ASSERT_EQ(stat(folder.Path(name).c_str(), &status), 0);
+        EXPECT_EQ(status.st_mode & 07777, name == "a" ? 0644u : 0600u);
+    }
+}
+
+TEST(ReplacementFile, NewFileHasTheModeOfNewFiles) {
+    const TestFolder folder;
+    const mode_t mask = umask(027);
+    ReplacementFile file(folder.Path("a"));
+    umask(mask);
+    file.Commit();
+    struct stat status = {};
+    ASSERT_EQ(stat(folder.Path("a").c_str(), &status), 0);
+    EXPECT_EQ(status.st_mode & 07777, 0640u);
+}
+
 TEST(ReplacementFile, WithoutCommitNothingHasHappened) {
     const TestFolder folder;
     const auto target = folder.MakeFile("a", "old");

@@ -171,6 +171,23 @@ TEST(Normalise, WhatIsNoPdfOrHasNoPagesIsRefused) {
     });
 }
 
+TEST(Normalise, WhatDoesNotBeginLikeAPdfIsSaidToBeNone) {
+    const auto errorOf = [](const std::string& bytes) {
+        try {
+            Normalise(bytes, "");
+        } catch (const PdfError& error) {
+            return std::string(error.what());
+        }
+        return std::string("no error");
+    };
+    EXPECT_EQ(errorOf(""), "this is not a PDF");
+    EXPECT_EQ(errorOf("a text"), "this is not a PDF");
+    EXPECT_EQ(errorOf(std::string(1024, ' ') + "%PDF-1.7"), "this is not a PDF");
+    EXPECT_NE(errorOf(std::string(1000, ' ') + "%PDF-1.7"), "this is not a PDF");
+    // What opens without a header still does.
+    EXPECT_EQ(errorOf(PlainPdf().substr(8)), "no error");
+}
+
 TEST(Normalise, TheSameBytesGiveTheSameResult) {
     const std::string encrypted = WriteWithQpdf(PlainPdf(), Method::Aes256, "");
     EXPECT_TRUE(Normalise(encrypted, "") == Normalise(encrypted, ""));

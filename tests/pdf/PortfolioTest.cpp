@@ -48,4 +48,7 @@ TEST(Portfolio, OverwritesNothing) {
     EXPECT_EQ(ReadBytes(file), "mine");
     EXPECT_THROW(WriteEmptyPortfolio(folder.Path("none") / "box.pdf"), FileError);
     EXPECT_EQ(folder.Names(), std::set<std::string>{"box.pdf"});
+    std::filesystem::create_symlink("none", folder.Path("link"));
+    EXPECT_THROW(WriteEmptyPortfolio(folder.Path("link")), FileError);
+    EXPECT_EQ(folder.Names(), (std::set<std::string>{"box.pdf", "link"}));
 }
