@@ -290,6 +290,7 @@ Dict Document::ReadStreamSection(std::uint64_t offset) {
 
     std::vector<std::string_view> index = ArrayItems(trailer.Find("Index"));
     if (index.empty()) index = {"0", trailer.Find("Size")};
+    entries_.reserve(static_cast<std::size_t>(table.size() / entrySize));
     std::size_t position = 0;
     for (std::size_t part = 0; part + 1 < index.size(); part += 2) {
         const std::optional<std::int64_t> start = ParseInteger(index[part]);

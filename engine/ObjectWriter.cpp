@@ -8,7 +8,7 @@ namespace zavo::pdf {
 
 namespace {
 
-constexpr int compressionLevel = 6;
+constexpr int compressionLevel = 4;  // 6 takes 8 % more time for 0.5 % fewer bytes
 constexpr std::size_t valuesPerStream = 200;
 constexpr std::size_t bytesPerStream = std::size_t{1} << 17;
 
