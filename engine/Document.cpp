@@ -20,7 +20,6 @@ constexpr std::uint64_t workFactor = 64;
 constexpr std::uint64_t decodeLimit = std::uint64_t{128} << 20;  // one object or cross-reference stream, unpacked
 constexpr std::uint64_t cacheLimit = std::uint64_t{1} << 30;     // all object streams of a document, unpacked
 constexpr std::size_t headerLimit = 256;                         // of "12 0 obj", with what is between
-constexpr std::uint64_t numberLimit = 8388608;                   // object numbers end below it (ISO 32000-1, annex C)
 constexpr int hopLimit = 64;                                     // references to references
 constexpr std::uint64_t smallFile = std::uint64_t{128} << 10;    // kept in memory rather than read again
 
@@ -43,8 +42,8 @@ bool TakeHeader(std::string_view bytes, std::uint64_t place, Lexer& behind, Refe
     Lexer lexer(bytes.substr(0, begin + std::min(headerLimit, bytes.size() - begin)), begin);
     const std::optional<std::int64_t> number = ParseInteger(lexer.Next().text);
     const std::optional<std::int64_t> generation = ParseInteger(lexer.Next().text);
-    if (!number || !generation || *number < 0 || *number >= static_cast<std::int64_t>(numberLimit) || *generation < 0 ||
-        *generation > 65535) {
+    if (!number || !generation || *number < 0 || *number >= static_cast<std::int64_t>(Document::numberLimit) ||
+        *generation < 0 || *generation > 65535) {
         return false;
     }
     reference = {static_cast<std::uint32_t>(*number), static_cast<std::uint32_t>(*generation)};
@@ -392,7 +391,7 @@ const Document::ObjectStream& Document::LoadObjectStream(std::uint32_t number) {
     for (std::int64_t i = 0; i < *count; ++i) {
         const std::optional<std::int64_t> own = ParseInteger(lexer.Next().text);
         const std::optional<std::int64_t> offset = ParseInteger(lexer.Next().text);
-        if (!own || !offset || *own < 0 || *own >= static_cast<std::int64_t>(numberLimit) || *offset < 0 ||
+        if (!own || !offset || *own < 0 || *own >= static_cast<std::int64_t>(Document::numberLimit) || *offset < 0 ||
             *offset > static_cast<std::int64_t>(stream->bytes.size()) - *first) {
             throw PdfError("an object stream is damaged");
         }

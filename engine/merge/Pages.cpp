@@ -89,7 +89,8 @@ const std::string& MergedPages::CopyInherited(ObjectCopier& copier, std::string_
     const auto [copy, isNew] = inherited_.try_emplace(value.data());
     if (isNew) {
         copy->second = copier.Rewrite(value);
-        if (copy->second.size() > smallValue) copy->second = ReferenceTo(copier.Writer().Add(copy->second));
+        if (copy->second.starts_with("<<") || copy->second.size() > smallValue)
+            copy->second = ReferenceTo(copier.Writer().Add(copy->second));
     }
     return copy->second;
 }
