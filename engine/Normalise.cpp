@@ -69,9 +69,11 @@ public:
     explicit Input(std::string_view bytes)
         : InputBytes(bytes),
           BufferInputSource("PDF", &memory),
-          start_(StackPosition()),
           toRead_(WorkLimit(bytes)),
-          end_(std::chrono::steady_clock::now() + TimeLimit(bytes)) {}
+          end_(std::chrono::steady_clock::now() + TimeLimit(bytes)) {
+        const volatile char here = 0;
+        start_ = reinterpret_cast<std::intptr_t>(&here);
+    }
 
     std::size_t read(char* target, std::size_t size) override {
         const std::size_t count = BufferInputSource::read(target, size);
@@ -84,24 +86,21 @@ public:
 
     void seek(qpdf_offset_t offset, int whence) override {
         constexpr std::intptr_t deepest = largeStackSize / 2;
-        if (start_ - StackPosition() > deepest) throw PdfError("the lengths of too many streams depend on each other");
+        const volatile char here = 0;
+        if (start_ - reinterpret_cast<std::intptr_t>(&here) > deepest) {
+            throw PdfError("the lengths of too many streams depend on each other");
+        }
         BufferInputSource::seek(offset, whence);
     }
 
 private:
-    // It falls with each call.
-    static std::intptr_t StackPosition() {
-        const volatile char here = 0;
-        return reinterpret_cast<std::intptr_t>(&here);
-    }
-
     // What qpdf unpacks it does not tell; so it has a time as well, many times what any file that is meant well takes.
     static std::chrono::seconds TimeLimit(std::string_view bytes) {
         constexpr std::uint64_t bytesPerSecond = std::uint64_t{512} << 10;
         return std::chrono::seconds(10 + bytes.size() / bytesPerSecond);
     }
 
-    std::intptr_t start_;
+    std::intptr_t start_ = 0;  // where the stack was; it falls with each call
     std::uint64_t toRead_;
     std::chrono::steady_clock::time_point end_;
 };

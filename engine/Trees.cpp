@@ -41,7 +41,7 @@ void VisitTree(Document& document, std::string_view root, std::string_view pairs
         const int directDepth = ParseReference(next.value) ? 0 : next.directDepth + 1;
         if (directDepth > directDepthLimit) continue;
         const std::vector<std::string_view> kids = arrayOf(node.Find("Kids"));
-        for (auto kid = kids.rbegin(); kid != kids.rend(); ++kid) waiting.push_back({*kid, directDepth});
+        for (std::size_t i = kids.size(); i-- > 0;) waiting.push_back({kids[i], directDepth});
     }
 }
 

@@ -2,7 +2,6 @@
 #include "engine/merge/Pages.h"
 
 #include <map>
-#include <ranges>
 
 #include "engine/Trees.h"
 
@@ -52,7 +51,7 @@ void MergedPages::Prepare(ObjectCopier& copier, const Dict& catalog) {
         inherit(inherited.rotate, "Rotate");
         const std::vector<std::string_view> kids = ArrayItems(document.Resolve(node.Find("Kids")));
         document.Spend(kids.size() * sizeof(Waiting));  // nodes may share their kids
-        for (const std::string_view kid : std::views::reverse(kids)) waiting.push_back({kid, inherited});
+        for (std::size_t i = kids.size(); i-- > 0;) waiting.push_back({kids[i], inherited});
     }
     if (pages_.empty()) throw PdfError("the file has no pages");
     PrepareLabels(copier, catalog, firstIndex);
