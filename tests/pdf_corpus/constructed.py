@@ -302,7 +302,7 @@ def annotations():
 
 # --- Attachments ------------------------------------------------------------------------------------------------------
 
-def specification(pdf, name, content, description="", **facts):
+def file_entry(pdf, name, content, description="", **facts):
     stream = pdf.make_stream(content, Type=Name.EmbeddedFile, Subtype=Name("/text/plain"), Params=Dictionary(
         Size=len(content), ModDate=String("D:20240102030405Z"), CreationDate=String("D:20230102030405Z")))
     return pdf.make_indirect(Dictionary(Type=Name.Filespec, F=String(name.encode("ascii", "replace").decode()),
@@ -314,12 +314,12 @@ def attachments(letter):
     pdf = new(f"attachments of {letter}")
     files = [("notes.txt", f"notes of {letter}".encode()), ("same.txt", b"the same in both"), ("empty.bin", b""),
              (f"Größe {letter} 中.txt", bytes(range(256)) * 20)]
-    data = specification(pdf, "data.xml", f"<data>{letter}</data>".encode(), AFRelationship=Name.Data)
+    data = file_entry(pdf, "data.xml", f"<data>{letter}</data>".encode(), AFRelationship=Name.Data)
     pdf.Root.AF = Array([data])
-    add_names(pdf, "/EmbeddedFiles", [(name, specification(pdf, name, content, f"from {letter}"))
+    add_names(pdf, "/EmbeddedFiles", [(name, file_entry(pdf, name, content, f"from {letter}"))
                                       for name, content in files] + [("data.xml", data)])
     annotate(pdf, 0, Subtype=Name.FileAttachment, Rect=[100, 100, 120, 120],
-             FS=specification(pdf, "notes.txt", f"pinned in {letter}".encode()))
+             FS=file_entry(pdf, "notes.txt", f"pinned in {letter}".encode()))
     return saved(pdf)
 
 
@@ -638,7 +638,7 @@ def sample():
     add_names(pdf, "/Dests", [("chapter1", spot(pdf, 1))])
     link(pdf, 0, Dest=String("chapter1"))
     add_outline(pdf, [("first", {"Dest": spot(pdf, 0)}, False, []), ("second", {"Dest": spot(pdf, 1)}, False, [])])
-    add_names(pdf, "/EmbeddedFiles", [("notes.txt", specification(pdf, "notes.txt", b"sample"))])
+    add_names(pdf, "/EmbeddedFiles", [("notes.txt", file_entry(pdf, "notes.txt", b"sample"))])
     return pdf
 
 

@@ -484,21 +484,21 @@ class Reader:
 
     def read_attachments(self):
         names = table(self.root.get("/Names"))
-        for _, specification in self.tree(names.get("/EmbeddedFiles"), "/Names"):
-            self.found.attachments.append(("document",) + self.file_facts(specification))
+        for _, file_entry in self.tree(names.get("/EmbeddedFiles"), "/Names"):
+            self.found.attachments.append(("document",) + self.file_facts(file_entry))
         for index, place, annotation in self.annotation_objects:
             if str(annotation.get("/Subtype")) == "/FileAttachment":
                 self.found.attachments.append((("#annot", index, place),) + self.file_facts(annotation.get("/FS")))
 
-    def file_facts(self, specification):
-        specification = table(specification)
-        embedded = table(specification.get("/EF"))
+    def file_facts(self, file_entry):
+        file_entry = table(file_entry)
+        embedded = table(file_entry.get("/EF"))
         stream = embedded.get("/UF", embedded.get("/F"))
         if not isinstance(stream, Stream):
             return (DEAD, "no file")
-        return (text(specification.get("/UF", specification.get("/F"))), text(specification.get("/Desc")),
+        return (text(file_entry.get("/UF", file_entry.get("/F"))), text(file_entry.get("/Desc")),
                 digest(stream.read_bytes()), str(stream.get("/Subtype")), self.canon(stream.get("/Params")),
-                self.canon(specification.get("/AFRelationship")))
+                self.canon(file_entry.get("/AFRelationship")))
 
     # --- Tags ---------------------------------------------------------------------------------------------------------
 
