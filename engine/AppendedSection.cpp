@@ -59,7 +59,7 @@ std::uint32_t FirstNewNumber(const Document& document) {
 
 AppendedSection::AppendedSection(Document& document, ReplacementFile& file)
     : document_(document), file_(file), limit_(FirstNewNumber(document)) {
-    file_.Write(document.Bytes());
+    document.CopyTo([&](std::string_view bytes) { file_.Write(bytes); });
     Write("\n");
 }
 

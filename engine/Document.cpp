@@ -22,6 +22,10 @@ constexpr std::uint64_t cacheLimit = std::uint64_t{1} << 30;     // all object s
 constexpr std::size_t headerLimit = 256;                         // of "12 0 obj", with what is between
 constexpr int hopLimit = 64;                                     // references to references
 constexpr std::uint64_t smallFile = std::uint64_t{128} << 10;    // kept in memory rather than read again
+constexpr std::uint64_t looseObject = 512;                       // bytes; smaller ones are read with the whole file
+constexpr std::uint64_t blockSize = 4096;                        // what of a file is read at least
+constexpr std::uint64_t pieceSize = std::uint64_t{64} << 10;     // and at most where only the places are looked at
+constexpr std::uint64_t tailSize = 4096;                         // where "startxref" has to be
 
 std::uint64_t Digits(const char* text, std::size_t count) {
     std::uint64_t value = 0;
@@ -37,7 +41,7 @@ bool IsVersion(std::string_view text) {
 }
 
 // Takes "12 0 obj" at the place. What is inside may not go on for ever: every object would be read to the file's end.
-bool TakeHeader(std::string_view bytes, std::uint64_t place, Lexer& behind, Reference& reference) {
+bool TakeHeader(std::string_view bytes, std::uint64_t place, std::size_t& behind, Reference& reference) {
     const auto begin = static_cast<std::size_t>(std::min<std::uint64_t>(place, bytes.size()));
     Lexer lexer(bytes.substr(0, begin + std::min(headerLimit, bytes.size() - begin)), begin);
     const std::optional<std::int64_t> number = ParseInteger(lexer.Next().text);
@@ -49,7 +53,7 @@ bool TakeHeader(std::string_view bytes, std::uint64_t place, Lexer& behind, Refe
     reference = {static_cast<std::uint32_t>(*number), static_cast<std::uint32_t>(*generation)};
     lexer.SkipBlanks();
     if (!lexer.Bytes().substr(lexer.Position()).starts_with("obj")) return false;
-    behind = Lexer(bytes, lexer.Position() + 3);
+    behind = lexer.Position() + 3;
     return true;
 }
 
@@ -97,30 +101,76 @@ void Document::Repair() {
 
 std::string_view Document::Bytes() {
     if (normalised_ || !file_) return own_;
-    if (!loaded_) {
-        buffer_ = file_->ReadAll();
-        loaded_ = true;
+    const std::string_view bytes = Window(0, size_);
+    wholeRead_ = true;
+    return bytes;
+}
+
+// The file's bytes up to `count` behind `offset`. Those before it may not have been read; places in the file are places
+// in every window.
+std::string_view Document::Window(std::uint64_t offset, std::uint64_t count) {
+    const std::uint64_t size = ReadSize();
+    offset = std::min(offset, size);
+    const std::uint64_t end = offset + std::min(count, size - offset);
+    if (normalised_ || !file_) return std::string_view(own_).substr(0, static_cast<std::size_t>(end));
+    const auto blocks = static_cast<std::size_t>((size + blockSize - 1) / blockSize);
+    if (isRead_.size() != blocks) {
+        buffer_ = Buffer(static_cast<std::size_t>(size));
+        isRead_.assign(blocks, false);
     }
-    return buffer_.View();
+    const auto last = static_cast<std::size_t>((end + blockSize - 1) / blockSize);
+    for (auto block = static_cast<std::size_t>(offset / blockSize); !wholeRead_ && block < last;) {
+        const std::size_t first = block;
+        while (block < last && !isRead_[block]) ++block;
+        if (block > first) {
+            const std::uint64_t begin = first * blockSize;
+            const std::uint64_t behind = std::min<std::uint64_t>(block * blockSize, size);
+            file_->ReadAt(begin, buffer_.Data() + begin, static_cast<std::size_t>(behind - begin));
+            std::fill(isRead_.begin() + static_cast<std::ptrdiff_t>(first),
+                      isRead_.begin() + static_cast<std::ptrdiff_t>(block), true);
+        } else {
+            ++block;
+        }
+    }
+    return buffer_.View().substr(0, static_cast<std::size_t>(end));
+}
+
+// Takes the dictionary at `position`, however long it is; the position is behind it then.
+std::string_view Document::TakeValueAt(std::size_t& position) {
+    for (std::uint64_t count = blockSize;; count *= 8) {
+        const std::string_view bytes = Window(position, count);
+        try {
+            Lexer lexer(bytes, position);
+            const std::string_view value = TakeValue(lexer);
+            position = lexer.Position();
+            return value;
+        } catch (const PdfError&) {
+            if (bytes.size() == ReadSize()) throw;
+        }
+    }
 }
 
 void Document::ReleaseBytes() {
     objectStreams_.clear();
     unpacked_ = 0;
     if (size_ <= smallFile && file_) return;
+    ForgetBytes();
+}
+
+void Document::ForgetBytes() {
     buffer_ = Buffer();
-    loaded_ = false;
+    isRead_.clear();
+    wholeRead_ = false;
 }
 
 void Document::CloseFile() {
     ReleaseBytes();
-    buffer_ = Buffer();
-    loaded_ = false;
+    ForgetBytes();
     file_.reset();
 }
 
 bool Document::EqualAt(std::uint64_t offset, std::string_view other) {
-    if (normalised_ || !file_ || loaded_) {
+    if (IsInMemory()) {
         const std::string_view bytes = Bytes();
         return offset <= bytes.size() && bytes.substr(offset, other.size()) == other;
     }
@@ -135,6 +185,14 @@ bool Document::EqualAt(std::uint64_t offset, std::string_view other) {
     return true;
 }
 
+void Document::CopyTo(const Sink& sink) {
+    if (IsInMemory()) {
+        sink(Bytes());
+    } else {
+        file_->CopyTo(sink);
+    }
+}
+
 std::uint32_t Document::Generation(std::uint32_t number) const {
     return Exists(number) && entries_[number].kind == Kind::Plain ? entries_[number].detail : 0;
 }
@@ -144,6 +202,7 @@ std::uint32_t Document::Generation(std::uint32_t number) const {
 void Document::ReadStructure() {
     BeginTask();
     entries_.clear();
+    places_.clear();
     objectStreams_.clear();
     unpacked_ = 0;
     trailer_ = Dict();
@@ -151,11 +210,14 @@ void Document::ReadStructure() {
     rootText_.clear();
     sections_ = {};
 
-    const std::string_view bytes = Bytes();
-    if (!bytes.starts_with("%PDF-")) throw PdfError("this is not a PDF");
-    version_ = IsVersion(bytes.substr(5, 3)) ? bytes.substr(5, 3) : "1.7";
+    if (size_ <= smallFile) Bytes();
+    const std::string_view head = Window(0, 8);
+    if (!head.starts_with("%PDF-")) throw PdfError("this is not a PDF");
+    version_ = IsVersion(head.substr(5)) ? head.substr(5) : "1.7";
+    const std::uint64_t tail = ReadSize() - std::min(ReadSize(), tailSize);
+    const std::string_view bytes = Window(tail, tailSize);
     const std::size_t mark = bytes.rfind("startxref");
-    if (mark == std::string_view::npos || mark + 4096 < bytes.size()) throw PdfError("the file's end is missing");
+    if (mark == std::string_view::npos || mark < tail) throw PdfError("the file's end is missing");
     Lexer lexer(bytes, mark + 9);
     const std::optional<std::int64_t> start = ParseInteger(lexer.Next().text);
     if (!start || *start < 0) throw PdfError("the cross-reference section is not found");
@@ -188,15 +250,14 @@ void Document::ReadStructure() {
 }
 
 Dict Document::ReadSection(std::uint64_t offset, bool newest) {
-    const std::string_view bytes = Bytes();
-    if (offset >= bytes.size()) throw PdfError("the cross-reference section is not found");
-    Lexer lexer(bytes, offset);
+    if (offset >= ReadSize()) throw PdfError("the cross-reference section is not found");
+    Lexer lexer(Window(offset, headerLimit), static_cast<std::size_t>(offset));
     Dict trailer;
     bool isStream = false;
     if (lexer.Next().text == "xref") {
         std::vector<std::uint32_t> freed;
-        ReadTable(lexer, freed);
-        trailer = Dict(TakeValue(lexer));
+        std::size_t position = ReadTable(lexer.Position(), freed);
+        trailer = Dict(TakeValueAt(position));
         if (const std::string_view hybrid = trailer.Find("XRefStm"); !hybrid.empty()) {
             // The table calls free what only the stream knows.
             const std::optional<std::int64_t> place = ParseInteger(hybrid);
@@ -230,21 +291,23 @@ Dict Document::ReadSection(std::uint64_t offset, bool newest) {
     return trailer;
 }
 
-// `freed` gets the numbers that this table and no newer section calls free.
-void Document::ReadTable(Lexer& lexer, std::vector<std::uint32_t>& freed) {
+// `freed` gets the numbers that this table and no newer section calls free. Returns the place of the trailer.
+std::size_t Document::ReadTable(std::size_t position, std::vector<std::uint32_t>& freed) {
     constexpr std::size_t entrySize = 20;
-    const std::string_view bytes = lexer.Bytes();
     for (;;) {
+        Lexer lexer(Window(position, headerLimit), position);
         const Token token = lexer.Next();
-        if (token.text == "trailer") return;
+        if (token.text == "trailer") return lexer.Position();
         const std::optional<std::int64_t> start = ParseInteger(token.text);
         const std::optional<std::int64_t> count = ParseInteger(lexer.Next().text);
         lexer.SkipBlanks();
-        const std::size_t position = lexer.Position();
+        position = lexer.Position();
         if (!start || !count || *start < 0 || *count < 0 ||
-            static_cast<std::uint64_t>(*count) > (bytes.size() - position) / entrySize) {
+            static_cast<std::uint64_t>(*count) > (ReadSize() - position) / entrySize) {
             throw PdfError("the cross-reference table is damaged");
         }
+        const std::size_t length = static_cast<std::size_t>(*count) * entrySize;
+        const std::string_view bytes = Window(position, length);
         for (std::int64_t i = 0; i < *count; ++i) {
             const char* const text = bytes.data() + position + static_cast<std::size_t>(i) * entrySize;
             const std::uint64_t place = Digits(text, 10);
@@ -260,17 +323,20 @@ void Document::ReadTable(Lexer& lexer, std::vector<std::uint32_t>& freed) {
                 freed.push_back(static_cast<std::uint32_t>(number));
             }
         }
-        lexer.MoveTo(position + static_cast<std::size_t>(*count) * entrySize);
+        position += length;
     }
 }
 
 Dict Document::ReadStreamSection(std::uint64_t offset) {
-    const std::string_view bytes = Bytes();
-    Lexer lexer(bytes);
+    std::size_t behind = 0;
     Reference own;
-    if (!TakeHeader(bytes, offset, lexer, own)) throw PdfError("the cross-reference section is not found");
-    Object object = {TakeValue(lexer), {}, true};
+    if (!TakeHeader(Window(offset, headerLimit), offset, behind, own)) {
+        throw PdfError("the cross-reference section is not found");
+    }
+    Object object = {TakeValueAt(behind), {}, true};
     Dict trailer(object.value);
+    const std::int64_t length = std::max<std::int64_t>(ResolveInteger(trailer.Find("Length")).value_or(0), 0);
+    Lexer lexer(Window(behind, static_cast<std::uint64_t>(length) + headerLimit), behind);
     const std::optional<std::string_view> stream = TakeStream(lexer, trailer);
     if (!stream || !IsName(trailer.Find("Type"), "XRef")) throw PdfError("the cross-reference stream is damaged");
     object.stream = *stream;
@@ -330,14 +396,40 @@ bool Document::SetEntry(std::uint64_t number, const Entry& entry) {
 
 // Makes sure that every object is where it should be: what is not makes this a file to repair.
 void Document::CheckPlaces() {
-    const std::string_view bytes = Bytes();
+    std::vector<std::uint32_t> numbers;
     for (std::uint32_t number = 0; number < entries_.size(); ++number) {
-        if (entries_[number].kind != Kind::Plain) continue;
+        if (entries_[number].kind == Kind::Plain) numbers.push_back(number);
+    }
+    const auto check = [&](std::string_view bytes, std::uint64_t begin, std::uint32_t number) {
         Reference found;
-        Lexer lexer(bytes);
-        if (!TakeHeader(bytes, entries_[number].place, lexer, found) || found.number != number) {
+        std::size_t behind = 0;
+        const std::uint64_t place = entries_[number].place;
+        if (place < begin || !TakeHeader(bytes, place - begin, behind, found) || found.number != number) {
             throw PdfError("an object is not where it should be");
         }
+    };
+    if (numbers.size() > size_ / looseObject) Bytes();
+    if (IsInMemory()) {
+        for (const std::uint32_t number : numbers) check(Bytes(), 0, number);
+        return;
+    }
+    // Of a file of large objects only where they begin is looked at, in the order of the file and in few pieces.
+    std::sort(numbers.begin(), numbers.end(),
+              [&](std::uint32_t one, std::uint32_t other) { return entries_[one].place < entries_[other].place; });
+    places_.reserve(numbers.size());
+    for (const std::uint32_t number : numbers) places_.push_back(entries_[number].place);
+    if (!places_.empty() && places_.back() >= size_) throw PdfError("an object is not where it should be");
+    Buffer piece(pieceSize);
+    for (std::size_t first = 0, next = 0; first < numbers.size(); first = next) {
+        const std::uint64_t begin = places_[first];
+        std::uint64_t end = begin;
+        while (next < numbers.size() && places_[next] - begin <= pieceSize - headerLimit &&
+               places_[next] - begin <= end - begin + blockSize) {
+            end = std::min(places_[next++] + headerLimit, size_);
+        }
+        file_->ReadAt(begin, piece.Data(), static_cast<std::size_t>(end - begin));
+        const std::string_view bytes = piece.View().substr(0, static_cast<std::size_t>(end - begin));
+        for (std::size_t i = first; i < next; ++i) check(bytes, begin, numbers[i]);
     }
 }
 
@@ -347,13 +439,16 @@ Document::Place Document::Locate(std::uint32_t number) {
     if (!Exists(number)) return {nullText, false};
     const Entry& entry = entries_[number];
     if (entry.kind == Kind::Plain) {
-        const std::string_view bytes = Bytes();
-        Lexer lexer(bytes);
+        // What a sound object is made of ends before the next one begins.
+        const auto next = std::upper_bound(places_.begin(), places_.end(), entry.place);
+        const std::uint64_t end = IsInMemory() || next == places_.end() ? ReadSize() : *next;
+        const std::string_view bytes = Window(entry.place, end - std::min(end, entry.place));
         Reference found;
-        if (!TakeHeader(bytes, entry.place, lexer, found) || found.number != number) {
+        std::size_t behind = 0;
+        if (!TakeHeader(bytes, entry.place, behind, found) || found.number != number) {
             throw PdfError("an object is not where it should be");
         }
-        return {bytes.substr(lexer.Position()), true};
+        return {bytes.substr(behind), true};
     }
     if (entry.place >= numberLimit) throw PdfError("an object stream is missing");
     const ObjectStream& stream = LoadObjectStream(static_cast<std::uint32_t>(entry.place));

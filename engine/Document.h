@@ -49,8 +49,9 @@ public:
     bool Exists(std::uint32_t number) const { return number < entries_.size() && entries_[number].kind >= Kind::Plain; }
     std::uint32_t Generation(std::uint32_t number) const;
 
-    // Where an object's value begins and the bytes from there to the end of what holds it; "null" for one that does not
-    // exist. Only an object of the file itself can be a stream. Views are good until ReleaseBytes. Throws PdfError.
+    // Where an object's value begins and the bytes from there on, at most to the end of what holds it; "null" for one
+    // that does not exist. Only an object of the file itself can be a stream. Views are good until ReleaseBytes. Throws
+    // PdfError.
     struct Place {
         std::string_view text;
         bool mayBeStream;
@@ -100,7 +101,8 @@ public:
     const Entry& EntryOf(std::uint32_t number) const { return entries_[number]; }
 
     std::uint64_t FileSize() const { return size_; }
-    // The file's own bytes, or those of the repaired copy. Read when they are first needed after ReleaseBytes.
+    // The file's own bytes, or those of the repaired copy. Until they are asked for, a file is read only where its
+    // objects are looked at: to attach something to a large one touches little of it.
     std::string_view Bytes();
     // Gives back the memory of the bytes and of what was unpacked from them, as far as it can be read again and is
     // worth reading again. Ends views.
@@ -109,6 +111,8 @@ public:
     void CloseFile();
     // Compares a part of Bytes() with `other`, without reading all of them.
     bool EqualAt(std::uint64_t offset, std::string_view other);
+    // Passes on what Bytes() has, without keeping what is not kept yet.
+    void CopyTo(const Sink& sink);
 
 private:
     struct ObjectStream {
@@ -119,12 +123,16 @@ private:
     Document() = default;
     void Load();
     void ReadStructure();
-    void ReadTable(Lexer& lexer, std::vector<std::uint32_t>& freed);
+    std::size_t ReadTable(std::size_t position, std::vector<std::uint32_t>& freed);
     Dict ReadSection(std::uint64_t offset, bool newest);
     Dict ReadStreamSection(std::uint64_t offset);
     bool IsPlausible(std::uint64_t number) const;
     // What limits are in proportion to: the bytes as they are read.
     std::uint64_t ReadSize() const { return normalised_ ? own_.size() : size_; }
+    bool IsInMemory() const { return normalised_ || !file_ || wholeRead_; }
+    std::string_view Window(std::uint64_t offset, std::uint64_t count);
+    std::string_view TakeValueAt(std::size_t& position);
+    void ForgetBytes();
     bool SetEntry(std::uint64_t number, const Entry& entry);
     void CheckPlaces();
     const ObjectStream& LoadObjectStream(std::uint32_t number);
@@ -133,9 +141,11 @@ private:
     std::string password_;
     std::unique_ptr<InputFile> file_;
     std::uint64_t size_ = 0;
-    Buffer buffer_;
-    bool loaded_ = false;
-    std::string own_;  // of a repaired copy
+    Buffer buffer_;             // for the whole file
+    std::vector<bool> isRead_;  // blocks of it
+    bool wholeRead_ = false;
+    std::vector<std::uint64_t> places_;  // of plain objects, in order; empty where the file is read whole
+    std::string own_;                    // of a repaired copy
     bool normalised_ = false;
 
     std::vector<Entry> entries_;

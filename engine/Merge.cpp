@@ -159,6 +159,7 @@ void Merger::Save(const std::filesystem::path& path, BeyondRepair beyondRepair) 
         std::vector<bool> isDamaged(inputs.size());
         for (std::size_t i = 0; i < inputs.size(); ++i) {
             try {
+                inputs[i].document->Bytes();  // nearly all of it is copied
                 pass.Add(*inputs[i].document, inputs[i].options, last != inputs.rend() && &inputs[i] == &*last);
             } catch (const PdfError&) {
                 isDamaged[i] = true;

@@ -272,6 +272,103 @@ TEST(Document, BytesComeBackAfterRelease) {
     EXPECT_EQ(document->Resolve("4 0 R"), "(four)");
 }
 
+// A file of which only parts are read until all of it is asked for.
+PdfMaker LargeMaker() {
+    PdfMaker maker;
+    for (int i = 0; i < 30; ++i) {
+        const std::string content(static_cast<std::size_t>(9000 + 1000 * i), static_cast<char>('a' + i % 26));
+        maker.more.push_back("(before " + std::to_string(i) + ")");
+        maker.more.push_back("<</Length " + std::to_string(content.size()) + ">>\nstream\n" + content + "\nendstream");
+    }
+    maker.more.push_back("(last)");
+    return maker;
+}
+
+TEST(Document, LargeFilesReadInPartsReadAsWhole) {
+    const TestFolder folder;
+    for (const Form form : {Form::Table, Form::Stream, Form::Hybrid}) {
+        const std::string pdf = LargeMaker().Make(form);
+        const auto whole = Document::FromBytes(pdf);
+        const auto parts = Document::Open(folder.MakeFile("large.pdf", pdf), "");
+        ASSERT_TRUE(parts->IsPlain());
+        ASSERT_EQ(parts->ObjectLimit(), whole->ObjectLimit());
+        EXPECT_EQ(parts->CrossReference().newest, whole->CrossReference().newest);
+        EXPECT_EQ(parts->CrossReference().count, whole->CrossReference().count);
+        EXPECT_EQ(parts->Root().number, whole->Root().number);
+        for (std::uint32_t number = 0; number < whole->ObjectLimit(); ++number) {
+            const Document::Object one = whole->Read(number);
+            const Document::Object other = parts->Read(number);
+            EXPECT_EQ(one.value, other.value) << number;
+            EXPECT_EQ(one.isStream, other.isStream) << number;
+            EXPECT_EQ(one.stream, other.stream) << number;
+        }
+        std::string copy;
+        parts->CopyTo([&](std::string_view bytes) { copy += bytes; });
+        EXPECT_EQ(copy, pdf);
+        EXPECT_EQ(parts->Bytes(), pdf);
+    }
+}
+
+TEST(Document, ViewsOfLargeFilesStayWhenMoreIsRead) {
+    const TestFolder folder;
+    const std::string pdf = LargeMaker().Make();
+    const auto document = Document::Open(folder.MakeFile("large.pdf", pdf), "");
+    const std::string_view first = document->Resolve("4 0 R");
+    const std::string_view last = document->Resolve("64 0 R");
+    EXPECT_EQ(document->Bytes(), pdf);
+    EXPECT_EQ(first, "(before 0)");
+    EXPECT_EQ(last, "(last)");
+    EXPECT_EQ(static_cast<std::size_t>(last.data() - document->Bytes().data()), pdf.find("(last)"));
+}
+
+TEST(Document, DamageInLargeFilesIsRepaired) {
+    const TestFolder folder;
+    const std::string good = LargeMaker().Make();
+    const std::size_t number = good.find("0000000009 00000 n");
+    ASSERT_NE(number, std::string::npos);
+    std::string behindTheEnd = good;
+    behindTheEnd.replace(number, 10, "0009000000");
+    std::string farBehindTheEnd = good;
+    farBehindTheEnd.replace(number, 10, "9999999999");
+    const std::string bad[] = {
+        Replaced(good, "startxref\n", "startxref\n9"),
+        "junk before\n" + good,
+        good.substr(0, good.rfind("startxref")),
+        Replaced(good, "64 0 obj", "64 0 obk"),
+        Replaced(good, "\n40 0 obj", "\n41 0 obj"),
+        behindTheEnd,
+        farBehindTheEnd,
+    };
+    for (std::size_t i = 0; i < std::size(bad); ++i) {
+        const auto document = Document::Open(folder.MakeFile("bad.pdf", bad[i]), "");
+        EXPECT_FALSE(document->IsPlain()) << i;
+        EXPECT_TRUE(document->Catalog().Has("Pages")) << i;
+    }
+}
+
+TEST(Document, ValueThatRunsIntoTheNextObjectIsDamage) {
+    const TestFolder folder;
+    const std::string pdf = Replaced(LargeMaker().Make(), "(before 7)", "<<before 7");
+    const auto document = Document::Open(folder.MakeFile("bad.pdf", pdf), "");
+    EXPECT_TRUE(document->IsPlain());
+    EXPECT_THROW(document->Resolve("18 0 R"), PdfError);
+    EXPECT_EQ(document->Resolve("20 0 R"), "(before 8)");
+}
+
+TEST(Document, TrailerOfAnyLengthIsRead) {
+    const TestFolder folder;
+    for (const std::size_t length : {std::size_t{4000}, std::size_t{4096}, std::size_t{40000}, std::size_t{400000}}) {
+        for (const Form form : {Form::Table, Form::Stream}) {
+            const std::string pdf =
+                Replaced(LargeMaker().Make(form), "/Root 1 0 R", "/Long(" + std::string(length, 'x') + ")/Root 1 0 R");
+            const auto document = Document::Open(folder.MakeFile("long.pdf", pdf), "");
+            // "startxref" leads to where the section is: before what became longer.
+            EXPECT_TRUE(document->IsPlain()) << length;
+            EXPECT_EQ(document->Trailer().Find("Long").size(), length + 2);
+        }
+    }
+}
+
 TEST(Document, DeepNestingAndLongChainsNeedOneMegabyteOfStack) {
     RunWithStack(std::size_t{1} << 20, [] {
         PdfMaker maker;
