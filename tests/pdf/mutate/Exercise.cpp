@@ -39,6 +39,15 @@ std::size_t CountPages(Document& document) {
     return count;
 }
 
+// The same with a comment where no offset changes, so large that only parts of the file are read; empty where there is
+// no such place.
+std::string Enlarged(const std::string& bytes) {
+    const std::size_t place = bytes.rfind("startxref");
+    if (place == std::string::npos) return {};
+    const std::string comment = "\n%" + std::string(std::size_t{256} << 10, 'x') + "\n";
+    return bytes.substr(0, place) + comment + bytes.substr(place);
+}
+
 std::vector<ListedAttachment> ListOrNone(Document& document) {
     try {
         return ListAttachments(document);
@@ -72,6 +81,10 @@ Exercised Exercise::Run(const std::string& bytes) {
     }
     Merge();
     result.attached = Attach(bytes);
+    if (const std::string large = Enlarged(bytes); !large.empty()) {
+        Write(input_, large);
+        Attach(large);
+    }
     return result;
 }
 
