@@ -29,10 +29,13 @@ HRESULT AutomationCallMethod(IDispatch* disp, std::wstring_view name, VARIANT* r
 // One argument, taken by value; what it holds stays the caller's.
 HRESULT AutomationCallMethod1(IDispatch* disp, std::wstring_view name, VARIANT* result, VARIANT arg);
 
-// A method with many optional arguments: looks the name up, makes a pack of `count` omitted arguments, lets
-// `fill(AutomationArgs&)` give those that it wants, and drops the result. E_OUTOFMEMORY when there is no pack.
+// A method with many optional arguments: looks the name up, makes a pack of `count` omitted arguments and lets
+// `fill(AutomationArgs&)` give those that it wants. E_OUTOFMEMORY when there is no pack. `result` may be null.
 template <typename Fill>
-HRESULT AutomationCallLongMethod(IDispatch* disp, std::wstring_view name, UINT count, Fill&& fill);
+HRESULT AutomationCallLongMethod(IDispatch* disp, std::wstring_view name, VARIANT* result, UINT count, Fill&& fill);
+
+// An argument that borrows the text.
+VARIANT TextArgument(const Bstr& text);
 
 // What a result counts as: an object only as a non-null VT_DISPATCH, a text only as a non-null VT_BSTR, a number only
 // as VT_I4. `TakeObject` moves the reference out of the result.
@@ -53,7 +56,7 @@ HRESULT LookUpMember(IDispatch* disp, std::wstring_view name, DISPID* dispid);
 HRESULT InvokeMember(IDispatch* disp, DISPID dispid, WORD flags, DISPPARAMS* params, VARIANT* result);
 
 template <typename Fill>
-HRESULT AutomationCallLongMethod(IDispatch* disp, std::wstring_view name, UINT count, Fill&& fill) {
+HRESULT AutomationCallLongMethod(IDispatch* disp, std::wstring_view name, VARIANT* result, UINT count, Fill&& fill) {
     DISPID dispid = DISPID_UNKNOWN;
     const HRESULT found = LookUpMember(disp, name, &dispid);
     if (FAILED(found)) return found;
@@ -62,6 +65,6 @@ HRESULT AutomationCallLongMethod(IDispatch* disp, std::wstring_view name, UINT c
     if (!args) return E_OUTOFMEMORY;
     fill(*args);
 
-    OwnedVariant result;
-    return InvokeMember(disp, dispid, DISPATCH_METHOD, &args->params, &result);
+    OwnedVariant dropped;
+    return InvokeMember(disp, dispid, DISPATCH_METHOD, &args->params, result ? result : &dropped);
 }

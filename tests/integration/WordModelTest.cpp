@@ -46,7 +46,7 @@ protected:
 
     HRESULT Export(const Fill& fill, UINT count = 14) {
         const ComPtr<IDispatch> document = GetObjectProperty(application_.Get(), L"ActiveDocument");
-        return AutomationCallLongMethod(document.Get(), L"ExportAsFixedFormat", count, [&](AutomationArgs& args) {
+        return AutomationCallLongMethod(document.Get(), L"ExportAsFixedFormat", nullptr, count, [&](AutomationArgs& args) {
             args.Argument(1) = MakeVariantString(Target().c_str());
             args.Argument(2) = MakeVariantInt(17);
             fill(args);

@@ -27,7 +27,7 @@ TEST(AutomationCalls, UnknownMemberAnswersTheLookupsErrorAndIsNeverInvoked) {
     EXPECT_EQ(AutomationPutProperty(&object, L"Nothing", 1, &arg), DISP_E_UNKNOWNNAME);
     EXPECT_EQ(AutomationCallMethod(&object, L"Nothing", &result, 1, &arg), DISP_E_UNKNOWNNAME);
     EXPECT_EQ(AutomationCallMethod1(&object, L"Nothing", &result, arg), DISP_E_UNKNOWNNAME);
-    EXPECT_EQ(AutomationCallLongMethod(&object, L"Nothing", 3, [](AutomationArgs&) { FAIL() << "filled"; }),
+    EXPECT_EQ(AutomationCallLongMethod(&object, L"Nothing", nullptr, 3, [](AutomationArgs&) { FAIL() << "filled"; }),
               DISP_E_UNKNOWNNAME);
     EXPECT_EQ(object.lookups.size(), 5U);
     EXPECT_TRUE(object.invocations.empty());
@@ -113,7 +113,7 @@ TEST(AutomationCalls, OneArgumentIsPassedFromACopyAndStaysTheCallers) {
 TEST(AutomationCalls, LongMethodPassesUnfilledArgumentsAsOmitted) {
     ScriptedDispatch object;
     object.GiveNothing(L"Open");
-    EXPECT_EQ(AutomationCallLongMethod(&object, L"Open", 4,
+    EXPECT_EQ(AutomationCallLongMethod(&object, L"Open", nullptr, 4,
                                        [](AutomationArgs& args) {
                                            args.Argument(1) = MakeVariantString(L"first");
                                            args.Argument(4) = MakeVariantInt(4);
@@ -128,7 +128,7 @@ TEST(AutomationCalls, LongMethodDropsAnObjectResult) {
     ScriptedDispatch result;
     ScriptedDispatch object;
     object.GiveObject(L"Open", &result);
-    EXPECT_EQ(AutomationCallLongMethod(&object, L"Open", 0, [](AutomationArgs&) {}), S_OK);
+    EXPECT_EQ(AutomationCallLongMethod(&object, L"Open", nullptr, 0, [](AutomationArgs&) {}), S_OK);
     EXPECT_EQ(result.References(), 1U);
 }
 
@@ -137,13 +137,13 @@ TEST(AutomationCalls, InvokesErrorIsAnsweredAsItIs) {
     object.Fail(L"Run", DISP_E_EXCEPTION);
     OwnedVariant result;
     EXPECT_EQ(AutomationCallMethod(&object, L"Run", &result, 0, nullptr), DISP_E_EXCEPTION);
-    EXPECT_EQ(AutomationCallLongMethod(&object, L"Run", 2, [](AutomationArgs&) {}), DISP_E_EXCEPTION);
+    EXPECT_EQ(AutomationCallLongMethod(&object, L"Run", nullptr, 2, [](AutomationArgs&) {}), DISP_E_EXCEPTION);
 }
 
 TEST(AutomationCalls, NoTargetIsAnErrorNotACrash) {
     OwnedVariant result;
     EXPECT_EQ(AutomationGetProperty(nullptr, L"Name", &result), E_POINTER);
-    EXPECT_EQ(AutomationCallLongMethod(nullptr, L"Open", 2, [](AutomationArgs&) {}), E_POINTER);
+    EXPECT_EQ(AutomationCallLongMethod(nullptr, L"Open", nullptr, 2, [](AutomationArgs&) {}), E_POINTER);
 }
 
 TEST(AutomationCalls, ObjectCountsOnlyAsANonNullDispatch) {

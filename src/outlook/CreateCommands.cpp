@@ -1,0 +1,56 @@
+// PDFs from the selection and from a folder.
+#include "src/outlook/CreateCommands.h"
+
+#include <iterator>
+#include <utility>
+#include <vector>
+
+#include "src/automation/AutomationCalls.h"
+#include "src/export/Companion.h"
+#include "src/export/PdfEngine.h"
+#include "src/outlook/FileNames.h"
+#include "src/outlook/MailConversion.h"
+#include "src/outlook/OutlookItems.h"
+
+using Microsoft::WRL::ComPtr;
+
+namespace {
+
+constexpr wchar_t nothingToShow[] = L"There are no emails that can be created as PDFs";
+
+std::vector<std::wstring> PdfPaths(std::vector<MailRecord>&& records) {
+    std::vector<std::wstring> paths;
+    paths.reserve(records.size());
+    for (MailRecord& record : records) paths.push_back(std::move(record.pdfPath));
+    return paths;
+}
+
+// The path of the folder's merged PDF, which is made unless there is one: it is kept as it stands, on purpose, also
+// when the folder has gained mails since. Where the merge fails the path leads nowhere.
+std::wstring MergedPdf(IDispatch* folder, const std::wstring& workingFolder, const std::vector<std::wstring>& paths) {
+    const std::wstring mergedFolder = workingFolder + L"\\" + GetMailKey(folder);
+    MakeFolder(mergedFolder);
+    const std::wstring name = GetItemName(folder) + L".pdf";
+    std::wstring merged = mergedFolder + L"\\" + name;
+    if (IsPlainFileName(name) && IsShortEnough(merged) && !Exists(merged)) MergePdfFiles(merged, paths);
+    return merged;
+}
+
+}  // namespace
+
+bool CreatePdfFromSelection(AddinState& addin, IDispatch* application, const std::wstring& workingFolder) {
+    const ComPtr<IDispatch> items = GetSelectedItems(application);
+    if (!items) return false;
+    return OpenInCompanion(addin, PdfPaths(ConvertMailsToPdf(addin, items.Get(), workingFolder)), nothingToShow);
+}
+
+bool CreatePdfFromFolder(AddinState& addin, IDispatch* application, const std::wstring& workingFolder, bool merge) {
+    const ComPtr<IDispatch> folder = GetCurrentFolder(application);
+    const ComPtr<IDispatch> items = GetObjectProperty(folder.Get(), L"Items");
+    if (!items) return false;
+    std::vector<MailRecord> records = ConvertMailsToPdf(addin, items.Get(), workingFolder);
+    SortByReceivedTime(records);
+    std::vector<std::wstring> paths = PdfPaths(std::move(records));
+    if (merge && paths.size() > 1) paths = {MergedPdf(folder.Get(), workingFolder, paths)};
+    return OpenInCompanion(addin, paths, nothingToShow);
+}

@@ -1,0 +1,19 @@
+// A converted mail, and the order of mails in time.
+#pragma once
+
+#include <windows.h>
+#include <oaidl.h>
+#include <wrl/client.h>
+
+#include <string>
+#include <vector>
+
+struct MailRecord {
+    Microsoft::WRL::ComPtr<IDispatch> item;
+    std::wstring key;      // see GetMailKey
+    std::wstring pdfPath;  // of the PDF made from the mail
+    SYSTEMTIME received;   // local time
+};
+
+// Oldest first, to the second. The order of records whose times agree that far is not defined.
+void SortByReceivedTime(std::vector<MailRecord>& records);

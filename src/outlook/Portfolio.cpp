@@ -1,0 +1,130 @@
+// A portfolio of mails.
+#include "src/outlook/Portfolio.h"
+
+#include <iterator>
+#include <optional>
+#include <utility>
+#include <vector>
+
+#include "src/automation/AutomationCalls.h"
+#include "src/base/Barrier.h"
+#include "src/base/Paths.h"
+#include "src/export/Companion.h"
+#include "src/export/PdfEngine.h"
+#include "src/outlook/Attachments.h"
+#include "src/outlook/FileNames.h"
+#include "src/outlook/MailConversion.h"
+#include "src/outlook/OutlookItems.h"
+#include "src/outlook/WordConversion.h"
+#include "src/outlook/WorkFiles.h"
+#include "src/ui/StringTable.h"
+
+using Microsoft::WRL::ComPtr;
+
+namespace {
+
+constexpr wchar_t portfolioName[] = L"Portfolio";  // of the file, in every language
+
+// The portfolio that a command makes. One that stays empty is deleted.
+class NewPortfolio {
+public:
+    explicit NewPortfolio(std::wstring path) : path_(std::move(path)) {}
+    NewPortfolio(const NewPortfolio&) = delete;
+    NewPortfolio& operator=(const NewPortfolio&) = delete;
+    ~NewPortfolio() {
+        if (!hasMails_) DeleteFileW(path_.c_str());
+    }
+
+    const std::wstring& Path() const { return path_; }
+    bool HasMails() const { return hasMails_; }
+
+    void SetHasMails() { hasMails_ = true; }
+    void MoveTo(std::wstring path) { path_ = std::move(path); }
+
+private:
+    std::wstring path_;
+    bool hasMails_ = false;
+};
+
+// A copy of the portfolio for the time that something is embedded into it.
+class SafetyCopy {
+public:
+    SafetyCopy(const WorkFiles& workFiles, const std::wstring& original, std::wstring copy)
+        : workFiles_(workFiles),
+          original_(original),
+          copy_(std::move(copy)),
+          made_(CopyFileW(original.c_str(), copy_.c_str(), FALSE)) {}
+    SafetyCopy(const SafetyCopy&) = delete;
+    SafetyCopy& operator=(const SafetyCopy&) = delete;
+    ~SafetyCopy() {
+        Barrier([this]() -> HRESULT {
+            DeleteFileW(workFiles_.CurrentPath(copy_).c_str());
+            return S_OK;
+        });
+    }
+
+    explicit operator bool() const { return made_; }
+    void PutBack() const {
+        CopyFileW(workFiles_.CurrentPath(copy_).c_str(), workFiles_.CurrentPath(original_).c_str(), FALSE);
+    }
+
+private:
+    const WorkFiles& workFiles_;
+    const std::wstring original_;
+    const std::wstring copy_;
+    const bool made_;
+};
+
+// One language's word has characters that file names forbid.
+std::wstring SafetyCopyName(const std::wstring& key) {
+    return WithoutForbiddenCharacters(Localize(GetLocalizedStringTable(), L"Portfolio") + L"_" + key + L".pdf");
+}
+
+// Embeds the mail's PDF and its attachments.
+bool Embed(IDispatch* item, const std::wstring& pdfPath, const std::wstring& key, const std::wstring& workingFolder,
+           const NewPortfolio& portfolio, WorkFiles& workFiles) {
+    const std::wstring copy = workingFolder + L"\\" + SafetyCopyName(key);
+    if (!IsShortEnough(copy) || !workFiles.MakeRoom(copy)) return false;
+    const SafetyCopy safety(workFiles, portfolio.Path(), copy);
+    if (!safety) return false;
+
+    std::vector<std::wstring> attachments = SaveMailAttachments(item, workingFolder, false, &workFiles);
+    std::vector<std::wstring> files = {workFiles.CurrentPath(pdfPath)};
+    files.insert(files.end(), std::make_move_iterator(attachments.begin()), std::make_move_iterator(attachments.end()));
+    const bool embedded = AttachFilesToPdf(workFiles.CurrentPath(portfolio.Path()), files, true);
+    if (!embedded) safety.PutBack();
+    return embedded;
+}
+
+// Converts the mail and embeds it. PDFs of earlier commands are not used: those have the attachments inside already.
+void AddMail(const AddinState& addin, IDispatch* item, const std::wstring& workingFolder, NewPortfolio& portfolio) {
+    WorkFiles workFiles;
+    const std::wstring key = GetMailKey(item);
+    const std::wstring document = SaveMailAs(item, workingFolder, olDoc, &workFiles);
+    if (document.empty()) return;
+    const std::wstring pdfPath = MailPdfPath(item, workingFolder, key, true);
+    if (pdfPath.empty() || !ConvertWithWord(addin, document, pdfPath)) return;
+    if (Embed(item, pdfPath, key, workingFolder, portfolio, workFiles)) portfolio.SetHasMails();
+    workFiles.Finish();
+    portfolio.MoveTo(workFiles.CurrentPath(portfolio.Path()));
+}
+
+}  // namespace
+
+bool CreatePortfolioFromSelection(AddinState& addin, IDispatch* application, const std::wstring& workingFolder) {
+    const ComPtr<IDispatch> items = GetSelectedItems(application);
+    const std::optional<LONG> count = GetNumberProperty(items.Get(), L"Count");
+    if (!count || *count < 1) return false;
+    const std::wstring path = MakeUniquePath(0, workingFolder + L"\\" + portfolioName + L".pdf");
+    if (!CreateEmptyPortfolio(application, path)) return false;
+
+    std::vector<std::wstring> files;
+    {
+        NewPortfolio portfolio(path);
+        ForEachItem(items.Get(), *count, [&](IDispatch* item) { AddMail(addin, item, workingFolder, portfolio); });
+        if (portfolio.HasMails()) files.push_back(portfolio.Path());
+    }
+    return OpenInCompanion(addin, files, L"There are no emails that can be created as PDFs");
+}
+
+bool CreateEmptyPortfolio(IDispatch*, const std::wstring& path) { return RunCompanionCommand(path); }

@@ -1,0 +1,36 @@
+// Outlook's object model, as far as the add-in uses it: Application, Explorer, Selection, a folder with its items,
+// mails and other items with their attachments.
+#pragma once
+
+#include <windows.h>
+#include <oaidl.h>
+#include <wrl/client.h>
+
+#include <functional>
+#include <optional>
+#include <string>
+#include <vector>
+
+struct OutlookAttachment {
+    std::optional<std::wstring> fileName;                // none: reading it fails
+    std::function<void(const std::wstring& path)> save;  // throws AutomationError
+};
+
+struct OutlookItem {
+    std::wstring messageClass = L"IPM.Note";
+    std::optional<std::wstring> subject;  // none of these: the item has no such property
+    std::optional<std::wstring> entryId;
+    std::optional<DATE> received;
+    std::vector<OutlookAttachment> attachments;
+    std::function<void(const std::wstring& path, LONG type)> saveAs;  // throws AutomationError
+};
+
+struct OutlookFolder {
+    std::wstring name;
+    std::wstring entryId;
+    std::vector<OutlookItem> items;
+};
+
+// Outlook showing that folder, with the items of these places (from 0) selected. As in Outlook, each way to an object
+// makes a new one.
+Microsoft::WRL::ComPtr<IDispatch> MakeOutlookApplication(OutlookFolder folder, std::vector<size_t> selected);
