@@ -55,6 +55,14 @@ VARIANT MakeVariantString(const wchar_t* text) {
     return v;
 }
 
+VARIANT TextArgument(const Bstr& text) {
+    VARIANT argument;
+    VariantInit(&argument);
+    argument.vt = VT_BSTR;
+    argument.bstrVal = text.Get();
+    return argument;
+}
+
 void InitVariant(VARIANT* v) { VariantInit(v); }
 
 void ClearVariant(VARIANT* v) { VariantClear(v); }

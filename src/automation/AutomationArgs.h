@@ -6,6 +6,8 @@
 
 #include <memory>
 
+#include "src/base/Handles.h"
+
 // The positional arguments of one call. Every slot starts as an omitted argument (VT_ERROR, DISP_E_PARAMNOTFOUND).
 // On release only slots that hold a text are cleared: whoever puts a counted reference into a slot releases it.
 struct AutomationArgs {
@@ -29,6 +31,7 @@ AutomationArgsHandle MakeAutomationArgs(UINT count);
 VARIANT MakeVariantInt(LONG value);
 VARIANT MakeVariantBool(VARIANT_BOOL value);     // the value as it is: which one stands for true is the caller's affair
 VARIANT MakeVariantString(const wchar_t* text);  // a new BSTR; the caller clears it
+VARIANT TextArgument(const Bstr& text);          // borrows the text
 
 void InitVariant(VARIANT* v);
 void ClearVariant(VARIANT* v);

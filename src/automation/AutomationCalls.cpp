@@ -59,14 +59,6 @@ HRESULT AutomationCallMethod1(IDispatch* disp, std::wstring_view name, VARIANT* 
     return Call(disp, name, DISPATCH_METHOD, &params, result);
 }
 
-VARIANT TextArgument(const Bstr& text) {
-    VARIANT argument;
-    VariantInit(&argument);
-    argument.vt = VT_BSTR;
-    argument.bstrVal = text.Get();
-    return argument;
-}
-
 ComPtr<IDispatch> TakeObject(VARIANT& result) {
     if (result.vt != VT_DISPATCH || !result.pdispVal) return nullptr;
     IDispatch* object = result.pdispVal;

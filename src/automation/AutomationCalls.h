@@ -34,9 +34,6 @@ HRESULT AutomationCallMethod1(IDispatch* disp, std::wstring_view name, VARIANT* 
 template <typename Fill>
 HRESULT AutomationCallLongMethod(IDispatch* disp, std::wstring_view name, VARIANT* result, UINT count, Fill&& fill);
 
-// An argument that borrows the text.
-VARIANT TextArgument(const Bstr& text);
-
 // What a result counts as: an object only as a non-null VT_DISPATCH, a text only as a non-null VT_BSTR, a number only
 // as VT_I4. `TakeObject` moves the reference out of the result.
 Microsoft::WRL::ComPtr<IDispatch> TakeObject(VARIANT& result);

@@ -56,7 +56,11 @@ std::wstring FindCompanionExecutable() {
 
 void ShowFilesInCompanion(const std::wstring& exe, const std::vector<std::wstring>& files) {
     std::wstring parameters;
-    for (const std::wstring& file : files) parameters += Quoted(file) + L" ";  // the last blank stays
+    for (const std::wstring& file : files) {
+        // No file has a quotation mark in its name; a text with one would become further arguments.
+        if (file.find(L'"') == std::wstring::npos) parameters += Quoted(file) + L" ";  // the last blank stays
+    }
+    if (parameters.empty() && !files.empty()) return;
     ShellExecuteW(nullptr, nullptr, exe.c_str(), parameters.c_str(), nullptr, SW_SHOWNORMAL);
 }
 

@@ -116,9 +116,10 @@ bool ExportAsPdf(const AddinState& addin, IDispatch* document, const std::wstrin
     if (!document) return false;
     const std::span<const Argument> arguments = ArgumentsOf(addin.host);
     const auto count = static_cast<UINT>(arguments.size());
-    return SUCCEEDED(AutomationCallLongMethod(document, L"ExportAsFixedFormat", nullptr, count, [&](AutomationArgs& pack) {
-        for (UINT position = 1; position <= count; ++position) {
-            Give(pack.Argument(position), arguments[position - 1], addin.settings, outputPath);
-        }
-    }));
+    return SUCCEEDED(
+        AutomationCallLongMethod(document, L"ExportAsFixedFormat", nullptr, count, [&](AutomationArgs& pack) {
+            for (UINT position = 1; position <= count; ++position) {
+                Give(pack.Argument(position), arguments[position - 1], addin.settings, outputPath);
+            }
+        }));
 }

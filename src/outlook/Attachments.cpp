@@ -15,11 +15,11 @@ std::vector<std::wstring> SaveMailAttachments(IDispatch* item, const std::wstrin
     std::vector<std::wstring> saved;
     if (!IsMailItem(item)) return saved;
     const ComPtr<IDispatch> attachments = GetObjectProperty(item, L"Attachments");
+    std::wstring destination;
     ForEachItem(attachments.Get(), [&](IDispatch* attachment) {
-        std::wstring destination = folder;
-        if (pdfOnly) {
-            destination += L"\\" + GetMailKey(item);
-            MakeFolder(destination);
+        if (destination.empty()) {
+            destination = pdfOnly ? folder + L"\\" + GetMailKey(item) : folder;
+            if (pdfOnly) MakeFolder(destination);
         }
         std::wstring path = SaveAttachment(attachment, destination, pdfOnly, workFiles);
         if (!path.empty()) saved.push_back(std::move(path));
@@ -35,11 +35,13 @@ std::wstring SaveAttachment(IDispatch* attachment, const std::wstring& folder, b
         const std::wstring extension = GetExtensionOfPath(*name);
         if (extension != L".pdf" && extension != L".PDF") return {};
     }
-    std::wstring path = folder + L"\\" + *name;
-    if (!IsPlainWholeFileName(*name) || !IsShortEnough(path)) return {};
-    if (workFiles && !workFiles->AddAttachment(path)) return {};
+    if (!IsPlainWholeFileName(*name)) return {};
+    std::wstring path = PathInFolder(folder, *name);
     const Bstr target(path);
-    if (!target.Get()) return {};
+    if (path.empty() || !target.Get()) return {};
+    if (workFiles && !workFiles->AddAttachment(path)) return {};
     AutomationCallMethod1(attachment, L"SaveAsFile", nullptr, TextArgument(target));  // the file is what counts
-    return Exists(path) ? path : std::wstring();
+    if (Exists(path)) return path;
+    if (workFiles) workFiles->ForgetAttachment(path);
+    return {};
 }

@@ -1,7 +1,6 @@
 // PDFs from the selection and from a folder.
 #include "src/outlook/CreateCommands.h"
 
-#include <iterator>
 #include <utility>
 #include <vector>
 
@@ -16,8 +15,6 @@ using Microsoft::WRL::ComPtr;
 
 namespace {
 
-constexpr wchar_t nothingToShow[] = L"There are no emails that can be created as PDFs";
-
 std::vector<std::wstring> PdfPaths(std::vector<MailRecord>&& records) {
     std::vector<std::wstring> paths;
     paths.reserve(records.size());
@@ -26,13 +23,15 @@ std::vector<std::wstring> PdfPaths(std::vector<MailRecord>&& records) {
 }
 
 // The path of the folder's merged PDF, which is made unless there is one: it is kept as it stands, on purpose, also
-// when the folder has gained mails since. Where the merge fails the path leads nowhere.
+// when the folder has gained mails since. Where the merge fails, or the folder's name cannot be a file's, the path
+// leads nowhere.
 std::wstring MergedPdf(IDispatch* folder, const std::wstring& workingFolder, const std::vector<std::wstring>& paths) {
     const std::wstring mergedFolder = workingFolder + L"\\" + GetMailKey(folder);
     MakeFolder(mergedFolder);
     const std::wstring name = GetItemName(folder) + L".pdf";
-    std::wstring merged = mergedFolder + L"\\" + name;
-    if (IsPlainFileName(name) && IsShortEnough(merged) && !Exists(merged)) MergePdfFiles(merged, paths);
+    const std::wstring merged = PathInFolder(mergedFolder, name);
+    if (merged.empty()) return mergedFolder + L"\\" + name;
+    if (!Exists(merged)) MergePdfFiles(merged, paths);
     return merged;
 }
 
@@ -41,7 +40,7 @@ std::wstring MergedPdf(IDispatch* folder, const std::wstring& workingFolder, con
 bool CreatePdfFromSelection(AddinState& addin, IDispatch* application, const std::wstring& workingFolder) {
     const ComPtr<IDispatch> items = GetSelectedItems(application);
     if (!items) return false;
-    return OpenInCompanion(addin, PdfPaths(ConvertMailsToPdf(addin, items.Get(), workingFolder)), nothingToShow);
+    return OpenInCompanion(addin, PdfPaths(ConvertMailsToPdf(addin, items.Get(), workingFolder)), noMailsMessage);
 }
 
 bool CreatePdfFromFolder(AddinState& addin, IDispatch* application, const std::wstring& workingFolder, bool merge) {
@@ -52,5 +51,5 @@ bool CreatePdfFromFolder(AddinState& addin, IDispatch* application, const std::w
     SortByReceivedTime(records);
     std::vector<std::wstring> paths = PdfPaths(std::move(records));
     if (merge && paths.size() > 1) paths = {MergedPdf(folder.Get(), workingFolder, paths)};
-    return OpenInCompanion(addin, paths, nothingToShow);
+    return OpenInCompanion(addin, paths, noMailsMessage);
 }

@@ -135,6 +135,11 @@ bool IsPlainWholeFileName(std::wstring_view name) {
 
 bool IsShortEnough(const std::wstring& path) { return path.size() < MAX_PATH; }
 
+std::wstring PathInFolder(const std::wstring& folder, const std::wstring& name) {
+    std::wstring path = folder + L"\\" + name;
+    return IsPlainFileName(name) && IsShortEnough(path) ? path : std::wstring();
+}
+
 std::wstring WithoutForbiddenCharacters(std::wstring name) {
     std::replace_if(name.begin(), name.end(), IsForbidden, L'-');
     return name;

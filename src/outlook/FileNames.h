@@ -38,6 +38,8 @@ bool IsPlainFileName(std::wstring_view name);
 bool IsPlainWholeFileName(std::wstring_view name);
 // Whether Outlook and the shell take a path of that length.
 bool IsShortEnough(const std::wstring& path);
+// The path of the file of that name in the folder; empty where there can be no such file.
+std::wstring PathInFolder(const std::wstring& folder, const std::wstring& name);
 
 // `name` with "-" for every character that file names forbid.
 std::wstring WithoutForbiddenCharacters(std::wstring name);

@@ -4,14 +4,13 @@
 #include <optional>
 
 #include "src/automation/AutomationCalls.h"
+#include "src/base/Barrier.h"
 #include "src/base/Paths.h"
 #include "src/export/PdfEngine.h"
 #include "src/outlook/Attachments.h"
 #include "src/outlook/FileNames.h"
 #include "src/outlook/OutlookItems.h"
 #include "src/outlook/WordConversion.h"
-
-using Microsoft::WRL::ComPtr;
 
 namespace {
 
@@ -30,13 +29,19 @@ std::wstring ConvertMail(AddinState& addin, IDispatch* item, const std::wstring&
     const std::wstring document = SaveMailAs(item, workingFolder, olDoc, &workFiles);
     if (document.empty()) return {};
     // Mails without a key of their own share a folder.
-    std::wstring pdfPath = MailPdfPath(item, workingFolder, key, !IsDistinctKey(key));
+    const std::wstring pdfPath = MailPdfPath(item, workingFolder, key, !IsDistinctKey(key));
     if (pdfPath.empty() || !ConvertWithWord(addin, document, pdfPath)) return {};
     if (IsDistinctKey(key)) addin.conversionCache[key] = pdfPath;
 
-    const std::vector<std::wstring> attachments = SaveMailAttachments(item, workingFolder, false, &workFiles);
-    if (!attachments.empty()) AttachFilesToPdf(workFiles.CurrentPath(pdfPath), attachments, false);
-    return pdfPath;
+    // A failed embedding leaves the PDF as it is, whatever failed.
+    const std::wstring& pdf = workFiles.Follow(pdfPath);
+    Barrier([&]() -> HRESULT {
+        const std::vector<std::wstring> attachments = SaveMailAttachments(item, workingFolder, false, &workFiles);
+        if (!attachments.empty()) AttachFilesToPdf(pdf, attachments, false);
+        return S_OK;
+    });
+    workFiles.Finish();
+    return pdf;
 }
 
 }  // namespace
@@ -57,12 +62,10 @@ std::wstring SaveMailAs(IDispatch* item, const std::wstring& folder, LONG saveAs
     if (!IsMailItem(item)) return {};
     const std::wstring subject = GetMailSubject(item);
     if (subject.empty()) return {};
-    const std::wstring name = subject + SaveAsExtension(saveAsType);
-    std::wstring path = folder + L"\\" + name;
-    if (!IsPlainFileName(name) || !IsShortEnough(path)) return {};
-    if (workFiles && !workFiles->AddDocument(path)) return {};
+    std::wstring path = PathInFolder(folder, subject + SaveAsExtension(saveAsType));
     const Bstr target(path);
-    if (!target.Get()) return {};
+    if (path.empty() || !target.Get()) return {};
+    if (workFiles && !workFiles->AddDocument(path)) return {};
     const VARIANT arguments[] = {TextArgument(target), MakeVariantInt(saveAsType)};
     AutomationCallMethod(item, L"SaveAs", nullptr, ARRAYSIZE(arguments), arguments);  // the file is what counts
     return Exists(path) ? path : std::wstring();
@@ -71,10 +74,9 @@ std::wstring SaveMailAs(IDispatch* item, const std::wstring& folder, LONG saveAs
 std::wstring MailPdfPath(IDispatch* item, const std::wstring& workingFolder, const std::wstring& key, bool unique) {
     const std::wstring subject = GetMailSubject(item);
     if (subject.empty()) return {};
-    const std::wstring folder = workingFolder + L"\\" + key;
-    const std::wstring name = subject + L".pdf";
-    std::wstring path = folder + L"\\" + name;
-    if (!IsPlainFileName(name) || !IsShortEnough(path)) return {};
+    const std::wstring folder = key.empty() ? workingFolder : workingFolder + L"\\" + key;
+    std::wstring path = PathInFolder(folder, subject + L".pdf");
+    if (path.empty()) return {};
     MakeFolder(folder);
     if (unique) path = MakeUniquePath(0, path);
     return IsShortEnough(path) ? path : std::wstring();

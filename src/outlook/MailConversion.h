@@ -11,6 +11,9 @@
 #include "src/outlook/MailRecord.h"
 #include "src/outlook/WorkFiles.h"
 
+// The key of the message for when no mail could be shown as a PDF.
+inline constexpr wchar_t noMailsMessage[] = L"There are no emails that can be created as PDFs";
+
 // Converts the mails of a collection, and gives a record for each that has a PDF, in their order. A mail whose PDF the
 // add-in has made before, and that is still there, is not converted again. Other items, and mails that fail on the way,
 // are left out silently.

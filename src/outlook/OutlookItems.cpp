@@ -6,6 +6,7 @@
 #include <string_view>
 
 #include "src/automation/AutomationCalls.h"
+#include "src/base/Barrier.h"
 
 using Microsoft::WRL::ComPtr;
 
@@ -49,11 +50,15 @@ void ForEachItem(IDispatch* collection, const ItemAction& action) {
 }
 
 void ForEachItem(IDispatch* collection, LONG count, const ItemAction& action) {
-    for (LONG index = 1; index <= count; ++index) {
-        OwnedVariant result;
-        if (FAILED(AutomationCallMethod1(collection, L"Item", &result, MakeVariantInt(index)))) continue;
-        if (const ComPtr<IDispatch> item = TakeObject(result)) action(item.Get());
-        if (index == LONG_MAX) break;
+    for (LONGLONG index = 1; index <= count; ++index) {
+        Barrier([&]() -> HRESULT {
+            OwnedVariant result;
+            const VARIANT place = MakeVariantInt(static_cast<LONG>(index));
+            const HRESULT called = AutomationCallMethod1(collection, L"Item", &result, place);
+            if (FAILED(called)) return called;
+            if (const ComPtr<IDispatch> item = TakeObject(result)) action(item.Get());
+            return S_OK;
+        });
     }
 }
 

@@ -16,7 +16,8 @@ Microsoft::WRL::ComPtr<IDispatch> GetCurrentFolderItems(IDispatch* application);
 
 using ItemAction = std::function<void(IDispatch* item)>;
 
-// Calls `action` for each object of a collection, in its order. A collection without a 32-bit count has none.
+// Calls `action` for each object of a collection, in its order. A collection without a 32-bit count has none. What is
+// thrown for one item ends with that item: the others have their turn.
 void ForEachItem(IDispatch* collection, const ItemAction& action);
 // The same for a collection whose count has been read.
 void ForEachItem(IDispatch* collection, LONG count, const ItemAction& action);

@@ -1,6 +1,7 @@
 // A portfolio of mails.
 #include "src/outlook/Portfolio.h"
 
+#include <algorithm>
 #include <iterator>
 #include <optional>
 #include <utility>
@@ -46,32 +47,24 @@ private:
     bool hasMails_ = false;
 };
 
-// A copy of the portfolio for the time that something is embedded into it.
+// A copy of the portfolio for the time that something is embedded into it. Attachments may want the place of either, so
+// both are followed.
 class SafetyCopy {
 public:
-    SafetyCopy(const WorkFiles& workFiles, const std::wstring& original, std::wstring copy)
-        : workFiles_(workFiles),
-          original_(original),
-          copy_(std::move(copy)),
-          made_(CopyFileW(original.c_str(), copy_.c_str(), FALSE)) {}
+    SafetyCopy(WorkFiles& workFiles, const std::wstring& portfolio, const std::wstring& path)
+        : portfolio_(portfolio),
+          copy_(workFiles.Follow(path)),
+          made_(CopyFileW(portfolio.c_str(), path.c_str(), FALSE)) {}
     SafetyCopy(const SafetyCopy&) = delete;
     SafetyCopy& operator=(const SafetyCopy&) = delete;
-    ~SafetyCopy() {
-        Barrier([this]() -> HRESULT {
-            DeleteFileW(workFiles_.CurrentPath(copy_).c_str());
-            return S_OK;
-        });
-    }
+    ~SafetyCopy() { DeleteFileW(copy_.c_str()); }
 
     explicit operator bool() const { return made_; }
-    void PutBack() const {
-        CopyFileW(workFiles_.CurrentPath(copy_).c_str(), workFiles_.CurrentPath(original_).c_str(), FALSE);
-    }
+    void PutBack() const { CopyFileW(copy_.c_str(), portfolio_.c_str(), FALSE); }
 
 private:
-    const WorkFiles& workFiles_;
-    const std::wstring original_;
-    const std::wstring copy_;
+    const std::wstring& portfolio_;
+    const std::wstring& copy_;
     const bool made_;
 };
 
@@ -81,50 +74,57 @@ std::wstring SafetyCopyName(const std::wstring& key) {
 }
 
 // Embeds the mail's PDF and its attachments.
-bool Embed(IDispatch* item, const std::wstring& pdfPath, const std::wstring& key, const std::wstring& workingFolder,
-           const NewPortfolio& portfolio, WorkFiles& workFiles) {
-    const std::wstring copy = workingFolder + L"\\" + SafetyCopyName(key);
-    if (!IsShortEnough(copy) || !workFiles.MakeRoom(copy)) return false;
-    const SafetyCopy safety(workFiles, portfolio.Path(), copy);
+bool Embed(IDispatch* item, const std::wstring& pdf, const std::wstring& key, const std::wstring& workingFolder,
+           const std::wstring& portfolio, WorkFiles& workFiles) {
+    const std::wstring copy = PathInFolder(workingFolder, SafetyCopyName(key));
+    if (copy.empty() || !workFiles.MakeRoom(copy)) return false;
+    const SafetyCopy safety(workFiles, portfolio, copy);
     if (!safety) return false;
 
     std::vector<std::wstring> attachments = SaveMailAttachments(item, workingFolder, false, &workFiles);
-    std::vector<std::wstring> files = {workFiles.CurrentPath(pdfPath)};
-    files.insert(files.end(), std::make_move_iterator(attachments.begin()), std::make_move_iterator(attachments.end()));
-    const bool embedded = AttachFilesToPdf(workFiles.CurrentPath(portfolio.Path()), files, true);
+    bool embedded = false;
+    Barrier([&]() -> HRESULT {
+        std::vector<std::wstring> files = {pdf};
+        std::move(attachments.begin(), attachments.end(), std::back_inserter(files));
+        embedded = AttachFilesToPdf(portfolio, files, true);
+        return S_OK;
+    });
     if (!embedded) safety.PutBack();
     return embedded;
 }
 
 // Converts the mail and embeds it. PDFs of earlier commands are not used: those have the attachments inside already.
-void AddMail(const AddinState& addin, IDispatch* item, const std::wstring& workingFolder, NewPortfolio& portfolio) {
+void AddMail(const AddinState& addin, IDispatch* item, const std::wstring& workingFolder, NewPortfolio& newPortfolio) {
     WorkFiles workFiles;
     const std::wstring key = GetMailKey(item);
     const std::wstring document = SaveMailAs(item, workingFolder, olDoc, &workFiles);
     if (document.empty()) return;
     const std::wstring pdfPath = MailPdfPath(item, workingFolder, key, true);
-    if (pdfPath.empty() || !ConvertWithWord(addin, document, pdfPath)) return;
-    if (Embed(item, pdfPath, key, workingFolder, portfolio, workFiles)) portfolio.SetHasMails();
+    if (pdfPath.empty() || !ConvertWithWord(addin, document, pdfPath) || !Exists(pdfPath)) return;
+
+    const std::wstring& pdf = workFiles.Follow(pdfPath);
+    const std::wstring& portfolio = workFiles.Follow(newPortfolio.Path());
+    if (Embed(item, pdf, key, workingFolder, portfolio, workFiles)) newPortfolio.SetHasMails();
     workFiles.Finish();
-    portfolio.MoveTo(workFiles.CurrentPath(portfolio.Path()));
+    newPortfolio.MoveTo(portfolio);
 }
 
 }  // namespace
 
-bool CreatePortfolioFromSelection(AddinState& addin, IDispatch* application, const std::wstring& workingFolder) {
+bool CreatePortfolioFromSelection(const AddinState& addin, IDispatch* application, const std::wstring& workingFolder) {
     const ComPtr<IDispatch> items = GetSelectedItems(application);
     const std::optional<LONG> count = GetNumberProperty(items.Get(), L"Count");
     if (!count || *count < 1) return false;
-    const std::wstring path = MakeUniquePath(0, workingFolder + L"\\" + portfolioName + L".pdf");
+    std::wstring path = MakeUniquePath(0, workingFolder + L"\\" + portfolioName + L".pdf");
     if (!CreateEmptyPortfolio(application, path)) return false;
 
     std::vector<std::wstring> files;
     {
-        NewPortfolio portfolio(path);
+        NewPortfolio portfolio(std::move(path));  // a copy could fail and leave the file behind
         ForEachItem(items.Get(), *count, [&](IDispatch* item) { AddMail(addin, item, workingFolder, portfolio); });
         if (portfolio.HasMails()) files.push_back(portfolio.Path());
     }
-    return OpenInCompanion(addin, files, L"There are no emails that can be created as PDFs");
+    return OpenInCompanion(addin, files, noMailsMessage);
 }
 
 bool CreateEmptyPortfolio(IDispatch*, const std::wstring& path) { return RunCompanionCommand(path); }

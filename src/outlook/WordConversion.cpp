@@ -57,10 +57,10 @@ private:
     ComPtr<IDispatch> application_;
 };
 
-ComPtr<IDispatch> OpenHidden(IDispatch* documents, const Bstr& path) {
+ComPtr<IDispatch> OpenHidden(IDispatch* documents, const std::wstring& path) {
     OwnedVariant result;
     if (FAILED(AutomationCallLongMethod(documents, L"Open", &result, openArguments, [&](AutomationArgs& pack) {
-            pack.Argument(openFileName) = MakeVariantString(path.Get());
+            pack.Argument(openFileName) = MakeVariantString(path.c_str());
             pack.Argument(openVisible) = MakeVariantBool(VARIANT_FALSE);
         }))) {
         return nullptr;
@@ -71,10 +71,9 @@ ComPtr<IDispatch> OpenHidden(IDispatch* documents, const Bstr& path) {
 }  // namespace
 
 bool ConvertWithWord(const AddinState& addin, const std::wstring& documentPath, const std::wstring& pdfPath) {
-    const Bstr path(documentPath);
     HiddenWord word;
-    if (!path.Get() || !word.Get() || !word.Hide()) return false;
+    if (!word.Get() || !word.Hide()) return false;
     const ComPtr<IDispatch> documents = GetObjectProperty(word.Get(), L"Documents");
-    const ComPtr<IDispatch> document = OpenHidden(documents.Get(), path);
+    const ComPtr<IDispatch> document = OpenHidden(documents.Get(), documentPath);
     return ExportAsPdf(addin, document.Get(), pdfPath);
 }

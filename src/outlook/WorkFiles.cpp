@@ -5,7 +5,6 @@
 
 #include <algorithm>
 
-#include "src/base/Barrier.h"
 #include "src/base/Paths.h"
 #include "src/outlook/FileNames.h"
 
@@ -16,7 +15,7 @@ constexpr wchar_t filesFolderEnding[] = L".files";
 // An owned search of a folder.
 class FileSearch {
 public:
-    explicit FileSearch(const std::wstring& pattern) : handle_(FindFirstFileW(pattern.c_str(), &found_)) {}
+    explicit FileSearch(const wchar_t* pattern) : handle_(FindFirstFileW(pattern, &found_)) {}
     FileSearch(const FileSearch&) = delete;
     FileSearch& operator=(const FileSearch&) = delete;
     ~FileSearch() {
@@ -35,50 +34,55 @@ private:
 bool IsFolder(DWORD attributes) { return (attributes & FILE_ATTRIBUTE_DIRECTORY) != 0; }
 bool IsLink(DWORD attributes) { return (attributes & FILE_ATTRIBUTE_REPARSE_POINT) != 0; }
 
-void DeleteOneFile(const std::wstring& path, DWORD attributes) {
-    if (attributes & FILE_ATTRIBUTE_READONLY) SetFileAttributesW(path.c_str(), FILE_ATTRIBUTE_NORMAL);
-    DeleteFileW(path.c_str());
+void MakeWritable(const wchar_t* path, DWORD attributes) noexcept {
+    if (attributes & FILE_ATTRIBUTE_READONLY) SetFileAttributesW(path, attributes & ~DWORD{FILE_ATTRIBUTE_READONLY});
 }
 
-// Folders in a folder are emptied one after the other, so depth costs no stack. A folder that is a link is only taken
-// away, whatever it leads to.
-void DeleteFolder(const std::wstring& folder) {
-    std::vector<std::wstring> folders = {folder};
-    for (size_t i = 0; i < folders.size(); ++i) {
-        FileSearch search(folders[i] + L"\\*");
-        for (bool more = static_cast<bool>(search); more; more = search.Next()) {
-            const std::wstring name = search.Found().cFileName;
-            const DWORD attributes = search.Found().dwFileAttributes;
-            if (name == L"." || name == L"..") continue;
-            const std::wstring path = folders[i] + L"\\" + name;
-            if (!IsFolder(attributes)) {
-                DeleteOneFile(path, attributes);
-            } else if (IsLink(attributes)) {
-                RemoveDirectoryW(path.c_str());
-            } else {
-                folders.push_back(path);
-            }
-        }
+// Deletes the file or folder at `path`, which is `length` characters long, with what is in it. A folder that is a link
+// is only taken away, whatever it leads to. Nothing here allocates: it has to work when memory is short. Paths beyond
+// the buffer cannot be reached in this form, so nothing has one.
+void DeleteAll(wchar_t (&path)[MAX_PATH], size_t length, DWORD attributes) noexcept {
+    MakeWritable(path, attributes);
+    if (!IsFolder(attributes)) {
+        DeleteFileW(path);
+        return;
     }
-    for (size_t i = folders.size(); i-- > 0;) RemoveDirectoryW(folders[i].c_str());
+    if (!IsLink(attributes) && length + 2 < MAX_PATH) {
+        wcscpy(path + length, L"\\*");
+        FileSearch search(path);
+        for (bool more = static_cast<bool>(search); more; more = search.Next()) {
+            const WIN32_FIND_DATAW& found = search.Found();
+            const size_t name = wcslen(found.cFileName);
+            if (wcscmp(found.cFileName, L".") == 0 || wcscmp(found.cFileName, L"..") == 0) continue;
+            if (length + 1 + name >= MAX_PATH) continue;
+            wcscpy(path + length + 1, found.cFileName);
+            DeleteAll(path, length + 1 + name, found.dwFileAttributes);
+        }
+        path[length] = L'\0';
+    }
+    RemoveDirectoryW(path);
+}
+
+void DeleteAll(const std::wstring& path, bool isFolder) noexcept {
+    const DWORD attributes = GetFileAttributesW(path.c_str());
+    if (attributes == INVALID_FILE_ATTRIBUTES || IsFolder(attributes) != isFolder || path.size() >= MAX_PATH) return;
+    wchar_t buffer[MAX_PATH];
+    wcscpy(buffer, path.c_str());
+    DeleteAll(buffer, path.size(), attributes);
 }
 
 std::wstring FilesFolderOf(const std::wstring& documentPath) {
     return documentPath.substr(0, documentPath.size() - GetExtensionOfPath(documentPath).size()) + filesFolderEnding;
 }
 
-bool IsSamePath(const std::wstring& one, const std::wstring& other) {
+bool IsSamePath(const std::wstring& one, const std::wstring& other) noexcept {
     return CompareStringOrdinal(one.c_str(), -1, other.c_str(), -1, TRUE) == CSTR_EQUAL;
 }
 
-bool Contains(const std::vector<std::wstring>& paths, const std::wstring& path) {
-    return std::any_of(paths.begin(), paths.end(), [&](const std::wstring& own) { return IsSamePath(own, path); });
-}
-
 // The path with the name that the file really has, where `path` has its short name or other capitals; empty where there
-// is no such file. Paths that come here have no wild cards.
+// is none to be found. Paths that come here have no wild cards.
 std::wstring RealPath(const std::wstring& path, DWORD& attributes) {
-    const FileSearch search(path);
+    const FileSearch search(path.c_str());
     if (!search) return {};
     attributes = search.Found().dwFileAttributes;
     return GetFolderOfPath(path) + search.Found().cFileName;
@@ -87,40 +91,30 @@ std::wstring RealPath(const std::wstring& path, DWORD& attributes) {
 }  // namespace
 
 void RemoveSavedDocument(const std::wstring& documentPath) {
-    const DWORD document = GetFileAttributesW(documentPath.c_str());
-    if (document != INVALID_FILE_ATTRIBUTES && !IsFolder(document)) DeleteOneFile(documentPath, document);
-
-    const std::wstring folder = FilesFolderOf(documentPath);
-    const DWORD attributes = GetFileAttributesW(folder.c_str());
-    if (attributes == INVALID_FILE_ATTRIBUTES || !IsFolder(attributes)) return;
-    if (IsLink(attributes)) {
-        RemoveDirectoryW(folder.c_str());
-    } else {
-        DeleteFolder(folder);
-    }
+    DeleteAll(documentPath, false);
+    DeleteAll(FilesFolderOf(documentPath), true);
 }
 
-WorkFiles::~WorkFiles() { Finish(); }
-
 bool WorkFiles::IsOwn(const std::wstring& path) const {
-    return Contains(documents_, path) || Contains(attachments_, path);
+    return std::any_of(documents_.begin(), documents_.end(),
+                       [&](const Document& document) { return IsSamePath(document.path, path); }) ||
+           std::any_of(attachments_.begin(), attachments_.end(),
+                       [&](const std::wstring& attachment) { return IsSamePath(attachment, path); });
 }
 
 bool WorkFiles::MakeRoom(const std::wstring& path) {
     DWORD attributes = 0;
     const std::wstring real = RealPath(path, attributes);
-    return real.empty() || IsOwn(real) || IsFolder(attributes) || Move(real);
+    if (real.empty()) return !Exists(path);
+    return !IsFolder(attributes) && (IsOwn(real) || SetAsideFile(real));
 }
 
-bool WorkFiles::MoveFolder(const std::wstring& path) {
-    DWORD attributes = 0;
-    const std::wstring real = RealPath(path, attributes);
-    return real.empty() || !IsFolder(attributes) || Move(real);
-}
-
-bool WorkFiles::Move(const std::wstring& path) {
+bool WorkFiles::SetAsideFile(const std::wstring& path) {
     std::wstring now = MakeUniquePath(1, path);
     if (!IsShortEnough(now)) return false;
+    ForgetAttachment(now);  // nothing is there: what was written has been taken away
+    std::wstring* const followed = Followed(path);
+    std::wstring followedNow = followed ? now : std::wstring();
     // What was set aside may be in the way again.
     auto file = std::find_if(setAside_.begin(), setAside_.end(),
                              [&](const SetAside& earlier) { return IsSamePath(earlier.now, path); });
@@ -129,6 +123,7 @@ bool WorkFiles::Move(const std::wstring& path) {
     const bool moved = MoveFileExW(path.c_str(), now.c_str(), 0);
     if (moved) {
         file->now.swap(now);
+        if (followed) followed->swap(followedNow);
     } else if (isNew) {
         setAside_.pop_back();
     }
@@ -136,8 +131,12 @@ bool WorkFiles::Move(const std::wstring& path) {
 }
 
 bool WorkFiles::AddDocument(const std::wstring& path) {
-    if (!MakeRoom(path) || !MoveFolder(FilesFolderOf(path))) return false;
-    documents_.push_back(path);
+    Document document = {path, FilesFolderOf(path)};
+    DWORD attributes = 0;
+    const std::wstring folder = RealPath(document.filesFolder, attributes);
+    if (!folder.empty() && IsFolder(attributes) && !SetAsideFile(folder)) return false;
+    if (!MakeRoom(path)) return false;
+    documents_.push_back(std::move(document));
     return true;
 }
 
@@ -147,25 +146,35 @@ bool WorkFiles::AddAttachment(const std::wstring& path) {
     return true;
 }
 
-std::wstring WorkFiles::CurrentPath(std::wstring path) const {
-    // A folder without a name of its own leaves a doubled separator.
-    const size_t doubled = path.find(L"\\\\", 1);
-    if (doubled != std::wstring::npos) path.erase(doubled, 1);
-    for (const SetAside& file : setAside_) {
-        if (IsSamePath(file.path, path)) return file.now;
-    }
-    return path;
+void WorkFiles::ForgetAttachment(const std::wstring& path) {
+    std::erase_if(attachments_, [&](const std::wstring& attachment) { return IsSamePath(attachment, path); });
+}
+
+std::wstring* WorkFiles::Followed(const std::wstring& path) {
+    const auto found = std::find_if(followed_.begin(), followed_.end(),
+                                    [&](const std::wstring& followed) { return IsSamePath(followed, path); });
+    return found == followed_.end() ? nullptr : &*found;
+}
+
+const std::wstring& WorkFiles::Follow(const std::wstring& path) {
+    std::wstring* const known = Followed(path);
+    return known ? *known : followed_.emplace_back(path);
 }
 
 void WorkFiles::Finish() noexcept {
     for (const std::wstring& path : attachments_) DeleteFileW(path.c_str());
     attachments_.clear();
-    Barrier([&]() -> HRESULT {
-        for (const std::wstring& path : documents_) RemoveSavedDocument(path);
-        return S_OK;
-    });
+    for (const Document& document : documents_) {
+        DeleteAll(document.path, false);
+        DeleteAll(document.filesFolder, true);
+    }
     documents_.clear();
-    for (SetAside& file : setAside_) {
-        if (MoveFileExW(file.now.c_str(), file.path.c_str(), 0)) file.now.swap(file.path);
+    for (auto file = setAside_.begin(); file != setAside_.end();) {
+        if (!MoveFileExW(file->now.c_str(), file->home.c_str(), 0)) {
+            ++file;
+            continue;
+        }
+        if (std::wstring* const followed = Followed(file->now)) followed->swap(file->home);
+        file = setAside_.erase(file);
     }
 }
