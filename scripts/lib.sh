@@ -27,7 +27,7 @@ declare -A ZAVO_PACKAGES=(
     [engine]="g++ libz-mingw-w64-dev zlib1g-dev"
     [wine]="wine wine64"
     [render]="libreoffice-writer-nogui libreoffice-calc-nogui libreoffice-impress-nogui python3-uno poppler-utils
-        fonts-liberation"
+        fonts-liberation fonts-symbola fonts-wqy-microhei"
     [test]="qpdf"
     [corpus]="python3-pikepdf qpdf poppler-utils"
     [peers]="qpdf poppler-utils mupdf-tools pdftk-java"

@@ -10,7 +10,8 @@ an empty line. The answer is one line, "ok<TAB>value" or "error<TAB>text".
   command render   source, target; pdfa, bookmarks, properties, tags, comments, screen, hidden (1 or 0);
                    first, last (pages)
   command pages    path: the number of pages of a PDF
-  command convert  source, target, filter: a document in another format
+  command convert  source, target, filter: a document in another format; reader, if LibreOffice is to take the source
+                   for something else than it would by itself
 
 Paths are Linux paths. A target is replaced only once the new file is whole; a write-protected one is refused.
 """
@@ -89,9 +90,10 @@ class Office:
         except ProcessLookupError:
             pass
 
-    def load(self, source):
+    def load(self, source, **options):
         url = uno.systemPathToFileUrl(source)
-        document = self.desktop.loadComponentFromURL(url, "_blank", 0, properties(Hidden=True, ReadOnly=True))
+        arguments = properties(Hidden=True, ReadOnly=True, **options)
+        document = self.desktop.loadComponentFromURL(url, "_blank", 0, arguments)
         if document is None:
             raise RuntimeError(f"{source} cannot be opened as a document")
         return document
@@ -161,7 +163,8 @@ def render(office, request):
 
 
 def convert(office, request):
-    document = office.load(request["source"])
+    options = {"FilterName": request["reader"]} if "reader" in request else {}
+    document = office.load(request["source"], **options)
     try:
         office.store(document, request["target"], request["filter"])
     finally:
