@@ -1,9 +1,11 @@
-// UTF-8 and console output.
+// UTF-8, console output and logs.
 #include "standins/common/Text.h"
 
 #include <windows.h>
 
 #include <cwchar>
+
+#include "src/base/Handles.h"
 
 std::string Utf8(const std::wstring& text) {
     const int length = static_cast<int>(text.size());
@@ -51,4 +53,13 @@ std::wstring Environment(const wchar_t* name) {
     std::wstring value(size, L'\0');
     value.resize(GetEnvironmentVariableW(name, value.data(), size));
     return value;
+}
+
+void AppendToFile(const std::wstring& path, const std::string& text) {
+    const HANDLE file = CreateFileW(path.c_str(), FILE_APPEND_DATA, FILE_SHARE_READ | FILE_SHARE_WRITE, nullptr,
+                                    OPEN_ALWAYS, FILE_ATTRIBUTE_NORMAL, nullptr);
+    if (file == INVALID_HANDLE_VALUE) return;
+    const KernelHandle owner(file);
+    DWORD written = 0;
+    WriteFile(file, text.data(), static_cast<DWORD>(text.size()), &written, nullptr);
 }

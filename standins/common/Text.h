@@ -1,4 +1,4 @@
-// UTF-8 and console output for the stand-ins.
+// UTF-8, console output and logs for the stand-ins.
 #pragma once
 
 #include <string>
@@ -17,3 +17,6 @@ void PrintError(const std::wstring& line);
 
 // The value of an environment variable; empty when it is not set.
 std::wstring Environment(const wchar_t* name);
+
+// Appends the text to the file, which is made if there is none, in one write, so that two programs do not mix theirs.
+void AppendToFile(const std::wstring& path, const std::string& text);

@@ -27,16 +27,10 @@ public:
         text_ += Utf8(line) + "\n";
     }
 
-    // Appends the whole report in one write, so that two companions do not mix their lines.
+    // The whole report at once, so that two companions do not mix their lines.
     void Save() const {
         const std::wstring path = Environment(L"ZAVO_COMPANION_LOG");
-        if (path.empty()) return;
-        const HANDLE file = CreateFileW(path.c_str(), FILE_APPEND_DATA, FILE_SHARE_READ | FILE_SHARE_WRITE, nullptr,
-                                        OPEN_ALWAYS, FILE_ATTRIBUTE_NORMAL, nullptr);
-        if (file == INVALID_HANDLE_VALUE) return;
-        const KernelHandle owner(file);
-        DWORD written = 0;
-        WriteFile(file, text_.data(), static_cast<DWORD>(text_.size()), &written, nullptr);
+        if (!path.empty()) AppendToFile(path, text_);
     }
 
 private:

@@ -4,7 +4,10 @@
 #include <shellapi.h>
 #include <shlwapi.h>
 
+#include <utility>
+
 #include "standins/bridge/Bridge.h"
+#include "standins/common/Journal.h"
 #include "standins/common/Text.h"
 
 using Microsoft::WRL::ComPtr;
@@ -54,23 +57,26 @@ void ExportDocument(const std::wstring& document, const std::wstring& target, co
     if (!answer.ok) {
         // The caller may not ask for the reason; who watches the console should know it all the same.
         PrintLine(L"the host could not export: " + answer.text);
+        WriteJournal({L"not exported", document, answer.text});
         throw AutomationError{commandFailed, answer.text};
     }
+    WriteJournal({L"exported", document, target});
     if (options.open) ShellExecuteW(nullptr, L"open", target.c_str(), nullptr, nullptr, SW_SHOWNORMAL);
 }
 
 ComPtr<IDispatch> MakeDocument(const std::wstring& kind, const std::wstring& path,
-                               void (*exportAs)(const std::wstring& document, const Arguments&)) {
+                               std::function<void(const std::wstring&, const Arguments&)> exportAs) {
     const auto document = MakeObject(kind);
     Members& members = document->members;
     members.AddProperty(L"FullName", [path](VARIANT* result) { return GiveText(result, path); });
     members.AddProperty(L"Name", [path](VARIANT* result) { return GiveText(result, FileName(path)); });
     members.AddProperty(L"Path", [path](VARIANT* result) { return GiveText(result, Folder(path)); });
     members.AddProperty(L"Saved", [](VARIANT* result) { return GiveBoolean(result, true); });
-    members.AddMethod(L"ExportAsFixedFormat", [path, exportAs](const Arguments& arguments, VARIANT*) {
-        exportAs(path, arguments);
-        return S_OK;
-    });
+    members.AddMethod(L"ExportAsFixedFormat",
+                      [path, exportAs = std::move(exportAs)](const Arguments& arguments, VARIANT*) {
+                          exportAs(path, arguments);
+                          return S_OK;
+                      });
     return document;
 }
 

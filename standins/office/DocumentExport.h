@@ -4,6 +4,7 @@
 #include <windows.h>
 #include <oaidl.h>
 
+#include <functional>
 #include <initializer_list>
 #include <optional>
 #include <string>
@@ -35,12 +36,13 @@ struct ExportOptions {
     bool open = false;                                          // in the program that shows PDFs
 };
 
-// Renders the document as a PDF; throws AutomationError with the reason, which it also prints.
+// Renders the document as a PDF; throws AutomationError with the reason, which it also prints. The journal says either.
 void ExportDocument(const std::wstring& document, const std::wstring& target, const ExportOptions& options);
 
-// The object of one open document: FullName, Name, Path, Saved and ExportAsFixedFormat.
+// The object of one open document: FullName, Name, Path, Saved and ExportAsFixedFormat, which calls `exportAs` with the
+// document's path.
 Microsoft::WRL::ComPtr<IDispatch> MakeDocument(const std::wstring& kind, const std::wstring& path,
-                                               void (*exportAs)(const std::wstring& document, const Arguments&));
+                                               std::function<void(const std::wstring&, const Arguments&)> exportAs);
 
 // The names under which an application shows its documents.
 struct ApplicationNames {

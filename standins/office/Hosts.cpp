@@ -16,6 +16,8 @@ constexpr OfficeHost hosts[] = {
      MakePowerPointApplication},
 };
 
+constexpr OfficeHost outlook = {L"Outlook", L"", L"Microsoft.Outlook.Explorer", L"rctrl_renwnd32", nullptr};
+
 }  // namespace
 
 const OfficeHost* HostOfDocument(const std::wstring& path) {
@@ -27,3 +29,5 @@ const OfficeHost* HostOfDocument(const std::wstring& path) {
     }
     return nullptr;
 }
+
+const OfficeHost& OutlookHost() { return outlook; }

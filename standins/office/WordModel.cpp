@@ -12,8 +12,9 @@ constexpr LONG wdExportFromTo = 3;
 constexpr LONG wdExportDocumentContent = 0;
 constexpr LONG wdExportDocumentWithMarkup = 7;
 
-// Document.ExportAsFixedFormat.
-void ExportAsFixedFormat(const std::wstring& document, const Arguments& arguments) {
+}  // namespace
+
+void ExportWordDocument(const std::wstring& document, const Arguments& arguments) {
     if (arguments.Count() > 15) throw static_cast<HRESULT>(DISP_E_BADPARAMCOUNT);
     const std::wstring target = Required(arguments.Text(1));
     OneOf(Required(arguments.Number(2)), {wdExportFormatPDF}, L"ExportFormat");  // there is no XPS here
@@ -48,9 +49,7 @@ void ExportAsFixedFormat(const std::wstring& document, const Arguments& argument
     ExportDocument(document, target, options);
 }
 
-}  // namespace
-
 Microsoft::WRL::ComPtr<IDispatch> MakeWordApplication(const std::wstring& documentPath, HWND window) {
-    const auto document = documentPath.empty() ? nullptr : MakeDocument(L"Document", documentPath, ExportAsFixedFormat);
+    const auto document = documentPath.empty() ? nullptr : MakeDocument(L"Document", documentPath, ExportWordDocument);
     return MakeApplication({L"Microsoft Word", L"Documents", L"ActiveDocument"}, document, window);
 }

@@ -6,22 +6,27 @@
 
 #include <map>
 #include <optional>
+#include <sstream>
 #include <stdexcept>
 
 #include "src/base/Handles.h"
+#include "standins/common/Journal.h"
 #include "standins/common/Text.h"
 #include "standins/office/AddinSession.h"
 #include "standins/office/DialogRobot.h"
 #include "standins/office/DynamicObject.h"
 #include "standins/office/Hosts.h"
+#include "standins/office/OutlookFolder.h"
 
 using Microsoft::WRL::ComPtr;
 
 namespace {
 
 constexpr wchar_t usage[] =
-    L"usage: office-standin.exe [--document FILE] [ACTION]...\n"
-    L"Plays Word, Excel or PowerPoint with the document open and loads the add-ins that are registered for it.\n"
+    L"usage: office-standin.exe [--document FILE | --outlook FOLDER [--select N,M]] [ACTION]...\n"
+    L"Plays Word, Excel or PowerPoint with the document open, or Outlook with a folder of mails that prepare.py made,\n"
+    L"and loads the add-ins that are registered for it.\n"
+    L"  --select N,M    the mails that are selected, counted from 1; without it all are\n"
     L"  --tick ID       ticks the check box\n"
     L"  --untick ID     clears the check box\n"
     L"  --click ID      presses the button\n"
@@ -46,6 +51,8 @@ struct Action {
 
 struct Options {
     std::wstring document;
+    std::wstring mails;  // a prepared folder for Outlook
+    std::optional<std::wstring> selection;
     SaveAnswer saveAnswer;
     std::vector<Action> actions;
 };
@@ -66,6 +73,10 @@ Options ParseOptions(const std::vector<std::wstring>& arguments) {
             options.actions.push_back({action->second, value()});
         } else if (argument == L"--document") {
             options.document = value();
+        } else if (argument == L"--outlook") {
+            options.mails = value();
+        } else if (argument == L"--select") {
+            options.selection = value();
         } else if (argument == L"--save-as") {
             options.saveAnswer.path = value();
         } else if (argument == L"--overwrite") {
@@ -165,6 +176,7 @@ void Do(AddinSession& session, const Action& action, const SaveAnswer& saveAnswe
         case ActionKind::Click: {
             const RibbonElement& button = ElementOf(session, action, L"button");
             PrintLine(L"clicked: " + button.label);
+            WriteJournal({L"clicked", action.id});
             const DialogRobot robot(saveAnswer);
             Expect(session.Click(button).result, action.id);
             for (const SeenDialog& dialog : robot.Seen()) {
@@ -178,21 +190,49 @@ void Do(AddinSession& session, const Action& action, const SaveAnswer& saveAnswe
     }
 }
 
-void Run(const Options& options) {
-    std::wstring document = options.document;
-    if (!document.empty()) {
-        wchar_t full[32768];
-        if (GetFullPathNameW(document.c_str(), ARRAYSIZE(full), full, nullptr) == 0 ||
-            GetFileAttributesW(full) == INVALID_FILE_ATTRIBUTES) {
-            throw std::runtime_error("no such document: " + Utf8(document));
-        }
-        document = full;
+// The full path of a file or folder that is there.
+std::wstring ExistingPath(const std::wstring& path, const char* what) {
+    wchar_t full[32768];
+    if (GetFullPathNameW(path.c_str(), ARRAYSIZE(full), full, nullptr) == 0 ||
+        GetFileAttributesW(full) == INVALID_FILE_ATTRIBUTES) {
+        throw std::runtime_error(std::string("no such ") + what + ": " + Utf8(path));
     }
-    const OfficeHost* host = HostOfDocument(document);
+    return full;
+}
+
+// The places, from 0, that "N,M" counts from 1; all `count` of them when there is no selection.
+std::vector<size_t> SelectedPlaces(const std::optional<std::wstring>& selection, size_t count) {
+    std::vector<size_t> places;
+    if (!selection) {
+        for (size_t place = 0; place < count; ++place) places.push_back(place);
+        return places;
+    }
+    std::wstringstream numbers(*selection);
+    for (std::wstring number; std::getline(numbers, number, L',');) {
+        const unsigned long place = wcstoul(number.c_str(), nullptr, 10);
+        if (place < 1 || place > count) throw std::runtime_error("there is no mail " + Utf8(number) + " to select");
+        places.push_back(place - 1);
+    }
+    return places;
+}
+
+ComPtr<IDispatch> StartOutlook(const Options& options) {
+    OutlookFolder folder = ReadOutlookFolder(ExistingPath(options.mails, "folder"));
+    std::vector<size_t> places = SelectedPlaces(options.selection, folder.items.size());
+    PrintLine(L"folder: " + folder.name + L", " + std::to_wstring(folder.items.size()) + L" items, " +
+              std::to_wstring(places.size()) + L" selected");
+    return MakeOutlookApplication(std::move(folder), std::move(places));
+}
+
+void Run(const Options& options) {
+    const bool isOutlook = !options.mails.empty();
+    const std::wstring document = options.document.empty() ? L"" : ExistingPath(options.document, "document");
+    const OfficeHost* host = isOutlook ? &OutlookHost() : HostOfDocument(document);
     if (!host) throw std::runtime_error("no host opens a document of this kind: " + Utf8(document));
     const MainWindow window(*host);
-    const ComPtr<IDispatch> application = host->makeApplication(document, window.Get());
     PrintLine(std::wstring(L"host: ") + host->name);
+    const ComPtr<IDispatch> application =
+        isOutlook ? StartOutlook(options) : host->makeApplication(document, window.Get());
     const std::vector<std::wstring> addins = FindStartupAddins(host->name);
     if (addins.empty()) throw std::runtime_error("no add-in is registered for " + Utf8(host->name));
     for (const std::wstring& progId : addins) {
