@@ -233,3 +233,8 @@ register_addin() {
     wine reg.exe add 'HKLM\SOFTWARE\ZAVO' /v InstallPath /d "$(windows_path "$ZAVO_BIN")" /f \
         </dev/null >/dev/null 2>&1 || fail "the companion's folder could not be written to the registry"
 }
+
+# Makes the Word stand-in the server of Word.Application in this run's prefix, which Outlook's buttons start.
+register_word() {
+    wine "$ZAVO_BIN/word-server.exe" /RegServer </dev/null >/dev/null 2>&1 || fail "Word's stand-in was not registered"
+}

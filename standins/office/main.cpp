@@ -3,6 +3,7 @@
 #include <windows.h>
 #include <objbase.h>
 #include <shellapi.h>
+#include <tlhelp32.h>
 
 #include <map>
 #include <optional>
@@ -163,6 +164,23 @@ void ChangeTheme(AddinSession& session, DWORD theme) {
     PrintLine(L"theme " + std::to_wstring(theme) + L": the ribbon was drawn afresh");
 }
 
+bool IsCompanionRunning() {
+    const HANDLE taken = CreateToolhelp32Snapshot(TH32CS_SNAPPROCESS, 0);
+    if (taken == INVALID_HANDLE_VALUE) return false;
+    const KernelHandle snapshot(taken);
+    PROCESSENTRY32W process = {};
+    process.dwSize = sizeof process;
+    for (BOOL more = Process32FirstW(taken, &process); more; more = Process32NextW(taken, &process)) {
+        if (_wcsicmp(process.szExeFile, L"ZAVO.exe") == 0) return true;
+    }
+    return false;
+}
+
+// What an earlier click showed is looked at before the next one, so that the companion's reports come in order.
+void WaitForCompanion() {
+    for (int waited = 0; waited < 10000 && IsCompanionRunning(); waited += 10) Sleep(10);
+}
+
 void Do(AddinSession& session, const Action& action, const SaveAnswer& saveAnswer) {
     switch (action.kind) {
         case ActionKind::Tick:
@@ -175,6 +193,7 @@ void Do(AddinSession& session, const Action& action, const SaveAnswer& saveAnswe
         }
         case ActionKind::Click: {
             const RibbonElement& button = ElementOf(session, action, L"button");
+            WaitForCompanion();
             PrintLine(L"clicked: " + button.label);
             WriteJournal({L"clicked", action.id});
             const DialogRobot robot(saveAnswer);
