@@ -29,7 +29,7 @@ std::wstring MergedPdf(IDispatch* folder, const std::wstring& workingFolder, con
     const std::wstring mergedFolder = workingFolder + L"\\" + GetMailKey(folder);
     MakeFolder(mergedFolder);
     const std::wstring name = GetItemName(folder) + L".pdf";
-    const std::wstring merged = PathInFolder(mergedFolder, name);
+    std::wstring merged = PathInFolder(mergedFolder, name);
     if (merged.empty()) return mergedFolder + L"\\" + name;
     if (!Exists(merged)) MergePdfFiles(merged, paths);
     return merged;

@@ -95,7 +95,7 @@ ComPtr<IDispatch> MakeOutlookApplication(OutlookFolder folder, std::vector<size_
                               [shared, selected](size_t place) { return MakeItem(shared, selected[place]); });
     };
     const auto makeExplorer = [shared, makeSelection] {
-        const auto explorer = MakeObject(L"Explorer");
+        auto explorer = MakeObject(L"Explorer");
         explorer->members.AddProperty(
             L"Selection", [makeSelection](VARIANT* result) { return GiveObject(result, makeSelection().Get()); });
         explorer->members.AddProperty(
