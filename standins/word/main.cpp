@@ -7,6 +7,7 @@
 
 #include <stdexcept>
 #include <string>
+#include <thread>
 #include <vector>
 
 #include "src/base/Barrier.h"
@@ -82,17 +83,30 @@ private:
     DWORD cookie_ = 0;
 };
 
-// Calls from other processes come in as messages. Returns at the end, or after so long without one.
+constexpr DWORD lastCallsMilliseconds = 200;
+constexpr DWORD endMilliseconds = 3000;
+
+// Calls from other processes come in as messages. Returns after so long without one. Who told Word to quit still has
+// its last objects to release, and its last answers to get, so the end is only a short wait away then.
 void ServeCalls(DWORD idleMilliseconds) {
     while (MsgWaitForMultipleObjectsEx(0, nullptr, idleMilliseconds, QS_ALLINPUT, MWMO_INPUTAVAILABLE) ==
            WAIT_OBJECT_0) {
         MSG message;
         while (PeekMessageW(&message, nullptr, 0, 0, PM_REMOVE)) {
-            if (message.message == WM_QUIT) return;
+            if (message.message == WM_QUIT) idleMilliseconds = lastCallsMilliseconds;
             TranslateMessage(&message);
             DispatchMessageW(&message);
         }
     }
+}
+
+// Ends the process in a while if it has not ended by itself: shutting COM down can hang when a client was cut off in
+// the middle of a call.
+void EndInAnyCase() {
+    std::thread([] {
+        Sleep(endMilliseconds);
+        TerminateProcess(GetCurrentProcess(), 0);
+    }).detach();
 }
 
 void Serve(DWORD idleMilliseconds) {
@@ -100,6 +114,7 @@ void Serve(DWORD idleMilliseconds) {
     {
         const ClassObject offered;
         ServeCalls(idleMilliseconds);
+        EndInAnyCase();
     }
     CoUninitialize();
 }

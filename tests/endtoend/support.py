@@ -70,18 +70,40 @@ def pdf_is_pdfa(pdf):
     return b"pdfaid:part" in plain.stdout
 
 
+def pdf_attachments(pdf):
+    """The embedded files of a PDF as pairs of name and bytes."""
+    names = pdf_attachment_names(pdf)
+    with tempfile.TemporaryDirectory() as folder:
+        path = os.path.join(folder, "file")
+        result = []
+        for number, name in enumerate(names, 1):
+            subprocess.run(["pdfdetach", "-save", str(number), "-o", path, pdf], capture_output=True, check=True)
+            with open(path, "rb") as file:
+                result.append((name, file.read()))
+        return result
+
+
+def pdf_attachment_names(pdf):
+    done = subprocess.run(["pdfdetach", "-enc", "UTF-8", "-list", pdf], capture_output=True, check=True)
+    lines = done.stdout.decode("utf-8", "replace").splitlines()
+    return [line.partition(": ")[2] for line in lines if line.split(":")[0].isdigit()]
+
+
+def qpdf_check(pdf):
+    """Fails with qpdf's own words unless it finds nothing to say."""
+    done = subprocess.run(["qpdf", "--check", pdf], capture_output=True, text=True, check=False)
+    if done.returncode:
+        raise AssertionError(done.stdout + done.stderr)
+
+
 def reg(*arguments):
     code, _, errors = wine("reg.exe", *arguments)
     if code:
         raise RuntimeError(f"reg {arguments}: {errors}")
 
 
-class HostTest(unittest.TestCase):
-    """A host's stand-in on a sample document, with the add-in registered and the companion installed."""
-
-    SAMPLE = "project-report.fodt"
-    FILTER = "MS Word 2007 XML"
-    EXTENSION = ".docx"
+class AddinTest(unittest.TestCase):
+    """The add-in registered, the companion installed, and a folder for a test's files."""
 
     @classmethod
     def setUpClass(cls):
@@ -99,6 +121,30 @@ class HostTest(unittest.TestCase):
         self.folder = tempfile.mkdtemp(prefix="zavo-")
         self.addCleanup(shutil.rmtree, self.folder)
         self.companion_log = os.path.join(self.folder, "companion.log")
+
+    def companion_report(self, wait=10.0):
+        """What the companion wrote, or an empty text when it was not started in time."""
+        deadline = time.monotonic() + wait
+        while time.monotonic() < deadline:
+            if os.path.exists(self.companion_log) and os.path.getsize(self.companion_log):
+                with open(self.companion_log, encoding="utf-8") as file:
+                    return file.read()
+            time.sleep(0.05)
+        return ""
+
+    def files(self):
+        return sorted(os.listdir(self.folder))
+
+
+class HostTest(AddinTest):
+    """A host's stand-in on a sample document."""
+
+    SAMPLE = "project-report.fodt"
+    FILTER = "MS Word 2007 XML"
+    EXTENSION = ".docx"
+
+    def setUp(self):
+        super().setUp()
         self.mail_log = os.path.join(self.folder, "mail.log")
         self.document = self.make_document("report" + self.EXTENSION)
         self.pdf = os.path.join(self.folder, "report.pdf")
@@ -120,22 +166,9 @@ class HostTest(unittest.TestCase):
     def create_pdf(self, *arguments, **options):
         return self.host(*arguments, "--click", "BUTTON_ID_CREATE", **options)
 
-    def companion_report(self, wait=10.0):
-        """What the companion wrote, or an empty text when it was not started in time."""
-        deadline = time.monotonic() + wait
-        while time.monotonic() < deadline:
-            if os.path.exists(self.companion_log) and os.path.getsize(self.companion_log):
-                with open(self.companion_log, encoding="utf-8") as file:
-                    return file.read()
-            time.sleep(0.05)
-        return ""
-
     def mails(self):
         """The messages that the mail program got."""
         if not os.path.exists(self.mail_log):
             return []
         with open(self.mail_log, encoding="utf-8") as file:
             return file.read().splitlines()
-
-    def files(self):
-        return sorted(os.listdir(self.folder))

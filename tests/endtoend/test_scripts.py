@@ -10,6 +10,8 @@ import unittest
 
 from support import ROOT, ask_bridge, pdf_outline_titles, pdf_text
 
+MAILS = ROOT / "samples" / "mails"
+
 
 def plain_environment():
     """The environment without the caller's Wine session, which is not the script's."""
@@ -42,6 +44,16 @@ class Scripts(unittest.TestCase):
                                 (("demo", "/etc/hostname"), "neither Word, Excel nor PowerPoint opens"),
                                 (("demo", "--out", "/tmp"), "--out names a folder, not a file: /tmp"),
                                 (("demo", "--out", "/no/such/a.pdf"), "no such folder: /no/such"),
+                                (("demo", "--outlook"), "--outlook needs a folder of .eml files"),
+                                (("demo", "--outlook", "/no/such"), "no such folder: /no/such"),
+                                (("demo", "--outlook", ROOT / "docs"), "there are no .eml files in"),
+                                (("demo", "--outlook", MAILS, "--select", "1,x"), "--select needs the numbers"),
+                                (("demo", "--outlook", MAILS, "--select", "1,99"), "there is no mail 99 in"),
+                                (("demo", "--outlook", MAILS, "--click", "other"), "there is no button other"),
+                                (("demo", "--outlook", MAILS, "--out", "/etc/hostname"), "--out names a file, not"),
+                                (("demo", "--outlook", MAILS, "--out", ROOT / "docs"), "docs is not empty"),
+                                (("demo", "--outlook", MAILS, "--send"), "--outlook goes with --select, --click"),
+                                (("demo", "--select", "1"), "--select and --click need --outlook"),
                                 (("test", "--what"), "unknown option --what"),
                                 (("build", "--what"), "unknown option --what"),
                                 (("make-icons", "--what"), "unknown option --what"),
@@ -63,6 +75,27 @@ class Scripts(unittest.TestCase):
         self.assertIn("Companion: started as: [", out)
         self.assertIn("Harbour bridge", pdf_text(target))
         self.assertEqual(pdf_outline_titles(target), [])
+
+    def test_DemoMakesPdfsOfTheUsersMails(self):
+        mails = os.path.join(self.folder, "my mails")
+        os.mkdir(mails)
+        for number in (1, 2, 9):
+            shutil.copy(next(MAILS.glob(f"{number:02}-*.eml")), mails)
+        code, out, errors = run("demo", "--outlook", "my mails", "--select", "3,2", "--click", "Button_ID_OpenFromMail",
+                                "--click", "Button_ID_CreateByMail", "--out", "results", cwd=self.folder)
+        self.assertEqual(code, 0, out + errors)
+        results = pathlib.Path(self.folder, "results")
+        (pdf,) = results.glob("Create/*/*.pdf")
+        self.assertEqual(pdf.name, "Piers 1 to 4.pdf")
+        self.assertIn("All four piers stand", pdf_text(pdf))
+        self.assertIn(f"           {pdf.relative_to(results)}, {pdf.stat().st_size} bytes\n", out)
+        self.assertIn('No PDF:    09-reply.eml, "RE: Piers 1 to 4": no file can have its subject as a name, because of :',
+                      out)
+        self.assertEqual(len(list(results.glob("Open/*/site-plan.pdf"))), 1)
+        companion = (results / "companion.txt").read_text(encoding="utf-8")
+        self.assertEqual(companion.count("started as: ["), 2)
+        self.assertIn('\\Piers 1 to 4.pdf" ]\n', companion)
+        self.assertIn("".join(f"Companion: {line}\n" for line in companion.splitlines()), out)
 
     def test_DemoKeepsAnOutFileThatIsThereAlready(self):
         target = os.path.join(self.folder, "precious.pdf")
