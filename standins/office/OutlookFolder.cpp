@@ -3,6 +3,7 @@
 
 #include <algorithm>
 #include <cwctype>
+#include <filesystem>
 #include <fstream>
 #include <iterator>
 #include <stdexcept>
@@ -48,11 +49,13 @@ void CheckPath(const std::wstring& path) {
     }
 }
 
-// Copies over what is there.
+// Copies over what is there, unless that is write-protected. The system's superuser may write such a file under Wine.
 void CopyTo(const std::wstring& source, const std::wstring& path) {
     CheckPath(path);
-    if (!CopyFileW(source.c_str(), path.c_str(), FALSE)) {
-        const HRESULT error = HRESULT_FROM_WIN32(GetLastError());
+    const DWORD attributes = GetFileAttributesW(path.c_str());
+    const bool isProtected = attributes != INVALID_FILE_ATTRIBUTES && (attributes & FILE_ATTRIBUTE_READONLY);
+    if (isProtected || !CopyFileW(source.c_str(), path.c_str(), FALSE)) {
+        const HRESULT error = HRESULT_FROM_WIN32(isProtected ? ERROR_ACCESS_DENIED : GetLastError());
         throw AutomationError{error, L"The file cannot be written (" + HexText(error) + L"): " + path};
     }
 }
@@ -91,7 +94,7 @@ void SavePage(const std::wstring& page, const std::wstring& path, LONG type) {
 // --- Reading ---
 
 std::wstring ReadText(const std::wstring& path) {
-    std::ifstream file(path.c_str(), std::ios::binary);
+    std::ifstream file(std::filesystem::path(path), std::ios::binary);
     const std::string bytes{std::istreambuf_iterator<char>(file), std::istreambuf_iterator<char>()};
     if (!file) throw std::runtime_error("no prepared folder of mails: " + Utf8(path));
     std::wstring text(bytes.size() / sizeof(wchar_t), L'\0');

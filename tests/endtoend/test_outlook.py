@@ -12,7 +12,8 @@ import sys
 import time
 import unittest
 
-from support import (BIN, ROOT, AddinTest, pdf_attachments, pdf_outline_titles, pdf_text, qpdf_check, windows_path, wine)
+from support import (BIN, ROOT, AddinTest, pdf_attachments, pdf_outline_titles, pdf_text, qpdf_check, windows_path,
+                     wine)
 
 MAILS = ROOT / "samples" / "mails"
 HOSTILE = ROOT / "tests" / "endtoend" / "hostile"
