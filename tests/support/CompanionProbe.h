@@ -5,6 +5,7 @@
 
 #include <filesystem>
 #include <string>
+#include <vector>
 
 #include "standins/common/Text.h"
 #include "tests/support/Files.h"
@@ -20,7 +21,14 @@ public:
         std::filesystem::copy_file(probe, Executable());
         SetEnvironmentVariableW(L"ZAVO_PROBE_LOG", Log().c_str());
         SetEnvironmentVariableW(L"ZAVO_PROBE_EXIT", std::to_wstring(exitCode).c_str());
+        SetEnvironmentVariableW(L"ZAVO_PROBE_PORTFOLIO", nullptr);
         CompanionKeys::Set(HKEY_CURRENT_USER, L"SOFTWARE\\ZAVO", folder_.Path());
+    }
+
+    // From now on its empty portfolios are files with that content, and it ends its command with success.
+    void MakePortfolios(const wchar_t* content) const {
+        SetEnvironmentVariableW(L"ZAVO_PROBE_PORTFOLIO", content);
+        SetEnvironmentVariableW(L"ZAVO_PROBE_EXIT", L"2000");
     }
 
     void Uninstall() const { RegDeleteTreeW(HKEY_CURRENT_USER, L"SOFTWARE\\ZAVO"); }
@@ -31,10 +39,22 @@ public:
     std::wstring WaitForParameters() const {
         std::wstring line = Wide(WaitForFileText(Log()));
         if (!line.empty()) line.pop_back();
-        for (const std::wstring& name : {L"\"" + Executable() + L"\"", Executable()}) {
-            if (line.starts_with(name)) return line.substr(name.size());
+        return Parameters(line);
+    }
+
+    // The parameters of each of the first `count` starts; waits for them.
+    std::vector<std::wstring> WaitForStarts(size_t count) const {
+        std::vector<std::wstring> starts;
+        for (DWORD waited = 0; waited < 10000; waited += 20) {
+            const std::wstring log = Wide(ReadFileText(Log()));
+            starts.clear();
+            for (size_t start = 0, end; (end = log.find(L'\n', start)) != std::wstring::npos; start = end + 1) {
+                starts.push_back(Parameters(log.substr(start, end - start)));
+            }
+            if (starts.size() >= count) break;
+            Sleep(20);
         }
-        return line;
+        return starts;
     }
 
     // The whole command line of a companion that has ended.
@@ -48,6 +68,12 @@ public:
     bool WasStarted() const { return !WaitForFileText(Log(), 800).empty(); }
 
 private:
+    std::wstring Parameters(const std::wstring& line) const {
+        for (const std::wstring& name : {L"\"" + Executable() + L"\"", Executable()}) {
+            if (line.starts_with(name)) return line.substr(name.size());
+        }
+        return line;
+    }
     std::wstring Log() const { return folder_.Path(L"log.txt"); }
 
     const TemporaryFolder folder_;

@@ -5,7 +5,20 @@
 
 #include <filesystem>
 #include <fstream>
+#include <map>
 #include <string>
+
+// Answers whether the file was written.
+inline bool WriteFileText(const std::wstring& path, const std::string& content) {
+    std::ofstream file(std::filesystem::path(path), std::ios::binary);
+    file << content;
+    return file.good();
+}
+
+inline std::string ReadFileText(const std::wstring& path) {
+    std::ifstream file(std::filesystem::path(path), std::ios::binary);
+    return {std::istreambuf_iterator<char>(file), {}};
+}
 
 // A folder of its own under the temporary folder, removed with everything in it at the end.
 class TemporaryFolder {
@@ -34,14 +47,19 @@ public:
         return Path(name);
     }
 
+    // What is in it, however deep: a file's content, or "folder", by its path from here.
+    std::map<std::wstring, std::string> List() const {
+        std::map<std::wstring, std::string> list;
+        for (const auto& entry : std::filesystem::recursive_directory_iterator(path_)) {
+            list[entry.path().wstring().substr(path_.size() + 1)] =
+                entry.is_directory() ? "folder" : ReadFileText(entry.path().wstring());
+        }
+        return list;
+    }
+
 private:
     std::wstring path_;
 };
-
-inline std::string ReadFileText(const std::wstring& path) {
-    std::ifstream file(std::filesystem::path(path), std::ios::binary);
-    return {std::istreambuf_iterator<char>(file), {}};
-}
 
 // The text once the file ends in a line feed, for a file that another process is still to write; gives up after
 // `milliseconds` and gives what there is.

@@ -5,6 +5,7 @@
 
 #include <ostream>
 
+#include "src/base/Handles.h"
 #include "standins/common/Text.h"
 
 WireValue WireOf(const VARIANT& value) {
@@ -38,7 +39,15 @@ std::ostream& operator<<(std::ostream& out, const WireValue& value) {
                << (value.isNull ? ", null" : "") << "}";
 }
 
-void ScriptedDispatch::On(const std::wstring& name, Action action) { members_.push_back({name, std::move(action)}); }
+void ScriptedDispatch::On(const std::wstring& name, Action action) {
+    for (Member& member : members_) {
+        if (member.name == name) {
+            member.action = std::move(action);
+            return;
+        }
+    }
+    members_.push_back({name, std::move(action)});
+}
 
 void ScriptedDispatch::GiveNothing(const std::wstring& name) {
     On(name, [](VARIANT*) { return S_OK; });
@@ -114,11 +123,10 @@ HRESULT ScriptedDispatch::Invoke(DISPID dispid, REFIID riid, LCID lcid, WORD fla
     for (UINT i = 0; i < params->cArgs; ++i) invocation.wire.push_back(WireOf(params->rgvarg[i]));
     for (UINT i = 0; i < params->cNamedArgs; ++i) invocation.named.push_back(params->rgdispidNamedArgs[i]);
     invocations.push_back(invocation);
-    VARIANT dropped;
-    VariantInit(&dropped);
-    const HRESULT answered = members_[index].action(result ? result : &dropped);
-    VariantClear(&dropped);
-    return answered;
+    if (onInvoke) onInvoke(invocation);
+    OwnedVariant dropped;
+    const Action action = members_[index].action;  // it may give the member another one
+    return action(result ? result : &dropped);
 }
 
 std::vector<std::wstring> ScriptedDispatch::LookedUp() const {

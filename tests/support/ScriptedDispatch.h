@@ -59,7 +59,7 @@ public:
     ScriptedDispatch(const ScriptedDispatch&) = delete;
     ScriptedDispatch& operator=(const ScriptedDispatch&) = delete;
 
-    // What a member answers. A name that was not given is unknown.
+    // What a member answers from now on. A name that was not given is unknown.
     void On(const std::wstring& name, Action action);
     void GiveNothing(const std::wstring& name);
     void GiveText(const std::wstring& name, const std::wstring& text);
@@ -84,6 +84,7 @@ public:
 
     std::vector<Lookup> lookups;
     std::vector<Invocation> invocations;
+    std::function<void(const Invocation& call)> onInvoke;  // runs at the start of each call
 
 private:
     struct Member {
