@@ -169,12 +169,15 @@ void WorkFiles::Finish() noexcept {
         DeleteAll(document.filesFolder, true);
     }
     documents_.clear();
-    for (auto file = setAside_.begin(); file != setAside_.end();) {
-        if (!MoveFileExW(file->now.c_str(), file->home.c_str(), 0)) {
-            ++file;
-            continue;
-        }
-        if (std::wstring* const followed = Followed(file->now)) followed->swap(file->home);
-        file = setAside_.erase(file);
-    }
+    while (PutOneBack()) continue;  // from the first on: it may have been in the place of an earlier one
+}
+
+bool WorkFiles::PutOneBack() noexcept {
+    const auto file = std::find_if(setAside_.begin(), setAside_.end(), [](const SetAside& one) {
+        return MoveFileExW(one.now.c_str(), one.home.c_str(), 0) != FALSE;
+    });
+    if (file == setAside_.end()) return false;
+    if (std::wstring* const followed = Followed(file->now)) followed->swap(file->home);
+    setAside_.erase(file);
+    return true;
 }

@@ -43,6 +43,7 @@ private:
         std::wstring now;
     };
     bool SetAsideFile(const std::wstring& path);
+    bool PutOneBack() noexcept;
     bool IsOwn(const std::wstring& path) const;
     std::wstring* Followed(const std::wstring& path);
 

@@ -170,6 +170,20 @@ TEST_F(OutlookWorkFiles, TwoFilesInTheWayOfEachOtherBothComeBack) {
     EXPECT_EQ(folder_.List(), before);
 }
 
+TEST_F(OutlookWorkFiles, FileThatIsAsideInThePlaceOfAnotherMovesFirst) {
+    MakeFile(L"a.txt", "mine");
+    MakeFile(L"a(1).txt", "mine too");
+    const Listing before = folder_.List();
+    for (const bool otherFirst : {true, false}) {
+        WorkFiles files;
+        // Nothing is written, so the places stay free.
+        EXPECT_TRUE(files.MakeRoom(Path(otherFirst ? L"a(1).txt" : L"a.txt")));
+        EXPECT_TRUE(files.MakeRoom(Path(otherFirst ? L"a.txt" : L"a(1).txt")));
+        files.Finish();
+        EXPECT_EQ(folder_.List(), before);
+    }
+}
+
 TEST_F(OutlookWorkFiles, OneOfTheseIsOverwrittenByTheNextOfItsName) {
     WorkFiles files;
     EXPECT_TRUE(files.AddDocument(Path(L"Hello.doc")));
