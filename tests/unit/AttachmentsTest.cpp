@@ -128,6 +128,8 @@ TEST_F(MailAttachments, CollectionAndItsCountMustBeOfTheirTypes) {
     mail_.attachments.object.GiveNumber(L"Count", 0);
     EXPECT_EQ(SaveMailAttachments(&mail_.object, folder_.Path(), true), Paths{});
     EXPECT_TRUE(mail_.attachments.items.size() == 1 && calls_.back() == L"mail.attachments.Count");
+    mail_.object.GiveObject(L"Attachments", nullptr);
+    EXPECT_EQ(SaveMailAttachments(&mail_.object, folder_.Path(), true), Paths{});
     mail_.object.GiveNumber(L"Attachments", 1);
     EXPECT_EQ(SaveMailAttachments(&mail_.object, folder_.Path(), true), Paths{});
     mail_.object.Fail(L"Attachments", E_FAIL);

@@ -97,7 +97,6 @@ TEST_F(OutlookFolders, ThereIsNoWorkingFolderWithoutADocumentsFolder) {
     EXPECT_EQ(GetDocumentsSubfolder(L""), L"");
     EXPECT_EQ(GetDocumentsOutputPath(L"a.docx", L""), L"");
     EXPECT_EQ(GetOutlookWorkingFolder(Button_ID_OpenFromMail), L"");
-    EXPECT_FALSE(fs::exists(L"\\Open"));
 }
 
 TEST_F(OutlookFolders, OutputPathIsAFreePdfOfTheSourcesBaseName) {

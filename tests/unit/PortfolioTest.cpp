@@ -433,6 +433,16 @@ TEST_F(MailPortfolio, FailedConversionLeavesThatMailOut) {
     EXPECT_FALSE(HasCall(L"mail1.Attachments"));
 }
 
+TEST_F(MailPortfolio, ExportThatWroteNothingLeavesThatMailOut) {
+    outlook_.AddMail(L"One").Attach(L"a.txt", "A");
+    word_.document.GiveNothing(L"ExportAsFixedFormat");
+    const DialogRobot robot({});
+    EXPECT_FALSE(Create());
+    ExpectMessage(robot);
+    EXPECT_EQ(engine_.CallCount(), 0);
+    EXPECT_EQ(folder_.List(), (Listing{{key1, "folder"}}));
+}
+
 TEST_F(MailPortfolio, SafetyCopyThatFindsNoRoomLeavesTheMailOut) {
     // The folder's path leaves room for the document and the PDF, but not for the copy.
     std::wstring deep = folder_.Path();
