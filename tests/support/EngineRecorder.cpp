@@ -22,7 +22,7 @@ namespace {
 
 template <typename Handle>
 struct Handles {
-    std::array<Handle, 32> all;
+    std::array<Handle, 1024> all;
     size_t used;
 
     Handle* Next(const Handle& value) {
