@@ -113,8 +113,8 @@ protected:
             brokenQuits_ += member == L"Quit" ? 1 : 0;
         };
         if (IsPortfolio()) {
-            SetEnvironmentVariableW(L"ZAVO_PROBE_PORTFOLIO", Wide(emptyPortfolio).c_str());
-            companion_.emplace(2000);
+            companion_.emplace();
+            companion_->MakePortfolios(Wide(emptyPortfolio).c_str());
         }
         files_.Restore(UsersFiles());
         GetLocalizedStringTable();
@@ -126,7 +126,6 @@ protected:
         Run("healthy run", [] {});
         CheckHealthy();
     }
-    ~OutlookFaults() override { SetEnvironmentVariableW(L"ZAVO_PROBE_PORTFOLIO", nullptr); }
 
     bool IsPortfolio() const { return GetParam().controlId == Button_ID_CreatePortfolioByMail; }
 

@@ -1,36 +1,35 @@
 // Stands in for ZAVO.exe in tests: writes its command line to the file that ZAVO_PROBE_LOG names, waits for as many
-// milliseconds as ZAVO_PROBE_DELAY says and ends with the code in ZAVO_PROBE_EXIT. Asked for an empty portfolio, it
-// writes the text in ZAVO_PROBE_PORTFOLIO to that path, if there is such a text.
+// milliseconds as ZAVO_PROBE_DELAY says and ends with the code in ZAVO_PROBE_EXIT. Told to make an empty portfolio, it
+// writes the text of ZAVO_PROBE_PORTFOLIO, if there is one, to the portfolio's path.
 #include "src/base/Handles.h"
 #include "standins/common/Text.h"
 
 namespace {
 
-// What stands in the last pair of quotation marks before the command word; empty without that word.
-std::wstring PortfolioPath(const std::wstring& commandLine) {
-    const size_t word = commandLine.rfind(L" ZAVO_Q1JFQVRFX0VNUFRZX1BPUlRGT0xJTw\"");
-    if (word == std::wstring::npos) return {};
-    const size_t mark = commandLine.rfind(L'"', word);
-    return mark == std::wstring::npos ? std::wstring() : commandLine.substr(mark + 1, word - mark - 1);
+void Append(const std::wstring& path, const std::string& text) {
+    const HANDLE file = CreateFileW(path.c_str(), FILE_APPEND_DATA, FILE_SHARE_READ | FILE_SHARE_WRITE, nullptr,
+                                    OPEN_ALWAYS, FILE_ATTRIBUTE_NORMAL, nullptr);
+    if (file == INVALID_HANDLE_VALUE) ExitProcess(1);
+    DWORD written = 0;
+    WriteFile(file, text.data(), static_cast<DWORD>(text.size()), &written, nullptr);
+    CloseHandle(file);
 }
 
-void WriteLine(const std::wstring& path, DWORD disposition, const std::string& line) {
-    const HANDLE file = CreateFileW(path.c_str(), FILE_APPEND_DATA, FILE_SHARE_READ | FILE_SHARE_WRITE, nullptr,
-                                    disposition, FILE_ATTRIBUTE_NORMAL, nullptr);
-    if (file == INVALID_HANDLE_VALUE) return;
-    const KernelHandle owner(file);
-    DWORD written = 0;
-    WriteFile(file, line.data(), static_cast<DWORD>(line.size()), &written, nullptr);
+// The path in a portfolio command: it stands in one pair of quotation marks with the command word. Else empty.
+std::wstring PortfolioPath(const std::wstring& commandLine) {
+    const size_t word = commandLine.find(L" ZAVO_");
+    const size_t quote = commandLine.rfind(L'"', word);
+    if (word == std::wstring::npos || quote == std::wstring::npos) return {};
+    return commandLine.substr(quote + 1, word - quote - 1);
 }
 
 }  // namespace
 
 int main() {
-    const std::wstring line = GetCommandLineW();
-    const std::wstring portfolio = PortfolioPath(line);
-    const std::string content = Utf8(Environment(L"ZAVO_PROBE_PORTFOLIO"));
-    if (!portfolio.empty() && !content.empty()) WriteLine(portfolio, CREATE_NEW, content);
-    WriteLine(Environment(L"ZAVO_PROBE_LOG"), OPEN_ALWAYS, Utf8(line) + "\n");
+    Append(Environment(L"ZAVO_PROBE_LOG"), Utf8(GetCommandLineW()) + "\n");
+    const std::wstring portfolio = PortfolioPath(GetCommandLineW());
+    const std::wstring content = Environment(L"ZAVO_PROBE_PORTFOLIO");
+    if (!portfolio.empty() && !content.empty()) Append(portfolio, Utf8(content));
     Sleep(wcstoul(Environment(L"ZAVO_PROBE_DELAY").c_str(), nullptr, 10));
     return static_cast<int>(wcstol(Environment(L"ZAVO_PROBE_EXIT").c_str(), nullptr, 10));
 }
