@@ -36,12 +36,12 @@ const std::vector<Command>& Commands() {
     static const std::vector<std::wstring> pdfs = {L"Offer.pdf", L"Plan.pdf", L"mail.pdf"};
     static const std::vector<std::wstring> portfolio = {L"Offer.pdf", L"Plan.pdf", L"mail.pdf", L"Portfolio(1).pdf"};
     static const std::vector<Command> commands = {
-        {"OpenFromMail", Button_ID_OpenFromMail, 1, 0, attachments},
-        {"OpenFromFolder", Button_ID_OpenFromFolder, 1, 0, attachments},
-        {"CreateByMail", Button_ID_CreateByMail, 3, 3, pdfs},
-        {"CreateByFolder", Button_ID_CreateByFolder, 5, 3, pdfs},
-        {"CreateMergeByFolder", Button_ID_CreateMergeByFolder, 7, 3, pdfs},
-        {"CreatePortfolioByMail", Button_ID_CreatePortfolioByMail, 9, 3, portfolio},
+        {"OpenFromMail", Button_ID_OpenFromMail, 3, 0, attachments},
+        {"OpenFromFolder", Button_ID_OpenFromFolder, 5, 0, attachments},
+        {"CreateByMail", Button_ID_CreateByMail, 5, 3, pdfs},
+        {"CreateByFolder", Button_ID_CreateByFolder, 7, 3, pdfs},
+        {"CreateMergeByFolder", Button_ID_CreateMergeByFolder, 9, 3, pdfs},
+        {"CreatePortfolioByMail", Button_ID_CreatePortfolioByMail, 13, 3, portfolio},
     };
     return commands;
 }
