@@ -136,7 +136,11 @@ def name_of(part):
 
 
 class Content:
-    """What is in a mail, sorted into body, pictures and attachments."""
+    """What is in a mail, sorted into body, pictures and attachments.
+
+    Outlook itself also lists the pictures of the body as attachments. Here they belong to the body only, so that what
+    a user sees as attached is what there is.
+    """
 
     def __init__(self, message):
         self.bodies = []  # parts of type text/plain and text/html
@@ -228,7 +232,8 @@ class Page(html.parser.HTMLParser):
 
 
 def without_addresses(style):
-    return re.sub(r"(?i)url\s*\(|@import", "none(", style)
+    """A style, or another attribute's value, without what it would fetch; nor escapes, which could hide that."""
+    return re.sub(r"(?i)url\s*\([^)]*\)?|@import[^;]*;?", "none", style.replace("\\", ""))
 
 
 def html_of_text(text):

@@ -9,6 +9,7 @@ import pathlib
 import shutil
 import subprocess
 import sys
+import tempfile
 import time
 import unittest
 
@@ -17,6 +18,7 @@ from support import (BIN, ROOT, AddinTest, pdf_attachments, pdf_outline_titles, 
 
 MAILS = ROOT / "samples" / "mails"
 HOSTILE = ROOT / "tests" / "endtoend" / "hostile"
+PREPARE = ROOT / "standins" / "outlook" / "prepare.py"
 WORKING_FOLDER = r"\Documents\ZAVO Outlook PDFs"
 BUTTONS = [f"Button_ID_{name}" for name in ("OpenFromMail", "OpenFromFolder", "CreateByMail", "CreateByFolder",
                                             "CreateMergeByFolder", "CreatePortfolioByMail")]
@@ -101,8 +103,7 @@ class OutlookTest(AddinTest):
         os.mkdir(self.mails)
         for mail in mails:
             shutil.copy(mail, self.mails)
-        subprocess.run([sys.executable, ROOT / "standins" / "outlook" / "prepare.py", self.mails, self.prepared],
-                       check=True)
+        subprocess.run([sys.executable, PREPARE, self.mails, self.prepared], check=True)
         return [os.path.join(self.mails, mail) for mail in sorted(os.listdir(self.mails))]
 
     def sample_paths(self, *numbers):
@@ -147,7 +148,7 @@ class OutlookTest(AddinTest):
         return sorted(entry.name for entry in os.scandir(os.path.join(self.written, subfolder)) if entry.is_file())
 
 
-class OpenPdf(OutlookTest):
+class OpenFromOutlook(OutlookTest):
     def test_PdfAttachmentsOfTheSelectedMailsAreOpenedInTheirOrder(self):
         self.prepare(*self.sample_paths(2, 4, 20))
         self.click("Button_ID_OpenFromMail", select=(3, 1))
@@ -177,7 +178,7 @@ class OpenPdf(OutlookTest):
         self.assertTrue(os.path.isdir(os.path.join(self.written, "Open")))
 
 
-class CreatePdf(OutlookTest):
+class CreateFromOutlook(OutlookTest):
     def assert_attached(self, pdf, expected):
         """That the PDF holds these files, given as pairs of name and bytes, in any order."""
         self.assertEqual(sorted(pdf_attachments(pdf)), sorted(expected))
@@ -357,6 +358,91 @@ class WordServer(OutlookTest):
                               stdout=subprocess.DEVNULL, stderr=subprocess.DEVNULL) as server:
             self.assertTrue(wait_until(word_processes))
             self.assertEqual(server.wait(10), 0)
+
+
+class Preparation(unittest.TestCase):
+    """What the preparation makes of a mail, whoever wrote it."""
+
+    def prepare(self, *mails):
+        """Prepares mails, given as texts; gives the entries of the list, and the folder with the files."""
+        folder = tempfile.mkdtemp(prefix="zavo-")
+        self.addCleanup(shutil.rmtree, folder)
+        target = os.path.join(folder, "prepared")
+        os.mkdir(os.path.join(folder, "Inbox"))
+        for number, mail in enumerate(mails):
+            with open(os.path.join(folder, "Inbox", f"{number}.eml"), "wb") as file:
+                file.write(mail.encode("latin-1"))
+        subprocess.run([sys.executable, PREPARE, os.path.join(folder, "Inbox"), target], check=True)
+        with open(os.path.join(target, "folder.txt"), "rb") as file:
+            lines = file.read().decode("utf-16-le", "surrogatepass").splitlines()
+        return [tuple(line.split("\t", 1)) for line in lines], pathlib.Path(target)
+
+    def page(self, body, kind="text/html"):
+        _, target = self.prepare(f"Subject: S\nContent-Type: {kind}; charset=utf-8\n\n{body}")
+        return (target / "0001.html").read_text(encoding="utf-8")
+
+    def values(self, name, *mails):
+        return [value for entry, value in self.prepare(*mails)[0] if entry == name]
+
+    def test_NothingIsActiveOrFetched(self):
+        page = self.page("""<html><head><base href="http://elsewhere.example/"><link rel="stylesheet" href="a.css">
+            <meta http-equiv="refresh" content="0;url=http://elsewhere.example/"><style>@import "a"; p { background:
+            url(http://elsewhere.example/b.png) }</style></head><body background="c.png" onload="run()">
+            <script>run()</script><p style="background: URL( 'd.png' )" onclick="run()">kept &amp; &#8364;</p>
+            <img src="http://elsewhere.example/e.png"><img src="file:///etc/passwd"><img src="cid:none">
+            <iframe src="f.html"></iframe><object data="g"></object><table background="h.png"><tr><td>too</table>""")
+        for gone in ("elsewhere", "run()", ".css", ".png", "passwd", "<img", "<script", "f.html", "refresh", "@import"):
+            self.assertNotIn(gone, page)
+        self.assertIn("kept &amp; &#8364;</p>", page)
+        self.assertIn("<td>too", page)
+
+    def test_PlainTextIsNotTakenForMarkup(self):
+        page = self.page("<b>1 < 2</b> &amp;\n  two  blanks\n", "text/plain")
+        self.assertIn("<p>&lt;b&gt;1 &lt; 2&lt;/b&gt; &amp;amp;<br>\n&nbsp; two&nbsp;&nbsp;blanks", page)
+
+    def test_KindsOfItemsAreToldApart(self):
+        kinds = {
+            "text/plain": "IPM.Note",
+            "text/calendar": "IPM.Appointment",
+            "text/vcard": "IPM.Contact",
+            'multipart/report; boundary="b"': "REPORT.IPM.Note.NDR",
+            'multipart/signed; boundary="b"': "IPM.Note.SMIME.MultipartSigned",
+            "application/pkcs7-mime": "IPM.Note.SMIME",
+        }
+        self.assertEqual(self.values("class", *(f"Content-Type: {kind}\n\n" for kind in kinds)), list(kinds.values()))
+
+    def test_SubjectsAreDecoded(self):
+        subjects = {
+            "=?utf-8?B?w6k=?= =?iso-8859-1?Q?=E9?=\n end": "\u00e9\u00e9 end",
+            "raw \u00c3\u00a9": "raw \u00e9",  # UTF-8
+            "raw \u00e9": "raw \u00e9",  # Latin-1
+            "=?utf-7?Q?+2D0-?=": "\ud83d",
+            "=?no-such-code?Q?abc?=": "abc",
+            "": "",
+        }
+        self.assertEqual(self.values("subject", *(f"Subject: {subject}\n\n" for subject in subjects)),
+                         list(subjects.values()))
+
+    def test_ReceivedTimeIsThatOfTheLastHop(self):
+        date = "Date: Thu, 01 Oct 2026 08:00:00 +0000\n"
+        hop = "Received: by mx.example; Thu, 01 Oct 2026 09:30:00 +0000\n"
+        first, second, none, wrong = (dict(entries) for entries in (
+            self.prepare(mail)[0] for mail in (date + "\n", hop + date + "\n", "\n", "Date: yesterday\n\n")))
+        self.assertAlmostEqual(float(second["received"]) - float(first["received"]), 1.5 / 24)
+        self.assertNotIn("received", none)
+        self.assertNotIn("received", wrong)
+
+    def test_NamesInAMailAreNoNamesOnDisk(self):
+        name = "..\\\\..\\\\evil"
+        entries, target = self.prepare(f'Content-Type: application/x; name="{name}"\n\ncontent')
+        self.assertIn(("name", "..\\\\..\\\\evil"), entries)
+        self.assertEqual(sorted(path.name for path in target.iterdir()), ["0001-1.bin", "0001.html", "folder.txt"])
+
+    def test_EntryIdsAreStableAndDiffer(self):
+        mail = "Subject: S\n\n"
+        first = self.values("id", mail, mail)
+        self.assertEqual(first, self.values("id", mail, mail))
+        self.assertEqual(len(set(first)), 2)
 
 
 if __name__ == "__main__":
