@@ -11,6 +11,7 @@ import re
 import sys
 
 DEVICE = re.compile(r"(CON|PRN|AUX|NUL|CONIN\$|CONOUT\$|(COM|LPT)[0-9\u00b9\u00b2\u00b3]) *(\..*)?", re.IGNORECASE)
+SHOWN = 60  # characters of a subject
 LONG = 150  # a path has less than 260 characters, folders included
 
 
@@ -76,6 +77,8 @@ def main(prepared, journal, selection=""):
     for number in sorted(wanted - done):
         item = items[number - 1]
         subject = "".join(c if c.isprintable() else "\ufffd" for c in item["subject"])
+        if len(subject) > SHOWN:
+            subject = subject[:SHOWN] + "..."
         print(f"{item['item']}, \"{subject}\": {failed.get(number) or reason_never_saved(item)}")
 
 
