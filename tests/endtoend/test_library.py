@@ -32,9 +32,11 @@ class AddinLibrary(unittest.TestCase):
         self.assertLessEqual(imports("zavoofficeaddin.dll") - {"zavokit.dll"}, WINDOWS)
         self.assertIn("zavokit.dll", imports("zavoofficeaddin.dll"))
 
-    def test_ImportsTwoFunctionsOfTheEngine(self):
+    def test_ImportsTheSixteenFunctionsOfTheEngine(self):
         block = headers("zavoofficeaddin.dll").split("DLL Name: ZavoKit.dll")[1].split("DLL Name:")[0]
-        self.assertEqual(sorted(re.findall(r"PDF\w+", block)), ["PDF_DestroyLibrary", "PDF_InitLibrary"])
+        imported = sorted(re.findall(r"PDF\w+", block))
+        self.assertEqual(len(imported), 16)
+        self.assertEqual(imported, sorted(exports("ZavoKit.dll")))
 
     def test_TakesNoThreadNotifications(self):
         self.assertIn("DisableThreadLibraryCalls", headers("zavoofficeaddin.dll"))
