@@ -63,7 +63,7 @@ LocalWord::LocalWord(CallFaults& faults) : faults_(faults), factory_(*this) {
             disposition != REG_CREATED_NEW_KEY) {
             continue;
         }
-        keys_.push_back(path);
+        keys_.insert(keys_.begin(), path);  // a key goes before the one that it is in
         RegSetValueExW(key.Get(), nullptr, 0, REG_SZ, reinterpret_cast<const BYTE*>(value.c_str()),
                        static_cast<DWORD>((value.size() + 1) * sizeof(wchar_t)));
     }
@@ -72,7 +72,7 @@ LocalWord::LocalWord(CallFaults& faults) : faults_(faults), factory_(*this) {
 
 LocalWord::~LocalWord() {
     CoRevokeClassObject(registration_);
-    for (auto key = keys_.rbegin(); key != keys_.rend(); ++key) RegDeleteKeyW(HKEY_LOCAL_MACHINE, key->c_str());
+    for (const std::wstring& key : keys_) RegDeleteKeyW(HKEY_LOCAL_MACHINE, key.c_str());
 }
 
 ComPtr<IDispatch> LocalWord::Start() {
