@@ -27,9 +27,11 @@ public:
         wchar_t base[MAX_PATH];
         GetTempPathW(MAX_PATH, base);
         static LONG counter = 0;
-        path_ = std::wstring(base) + L"zavo-" + std::to_wstring(GetCurrentProcessId()) + L"-" +
-                std::to_wstring(InterlockedIncrement(&counter));
-        std::filesystem::create_directories(path_);
+        // An earlier process of that number may have left a program behind that still ran.
+        do {
+            path_ = std::wstring(base) + L"zavo-" + std::to_wstring(GetCurrentProcessId()) + L"-" +
+                    std::to_wstring(InterlockedIncrement(&counter));
+        } while (!std::filesystem::create_directory(path_));
     }
     TemporaryFolder(const TemporaryFolder&) = delete;
     TemporaryFolder& operator=(const TemporaryFolder&) = delete;
