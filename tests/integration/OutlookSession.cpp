@@ -6,6 +6,7 @@
 #include <fstream>
 
 #include "src/base/ControlIds.h"
+#include "src/base/Handles.h"
 #include "src/outlook/FileNames.h"
 #include "standins/office/DocumentExport.h"
 #include "standins/office/DynamicObject.h"

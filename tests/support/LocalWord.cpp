@@ -1,12 +1,10 @@
 // Word in the test process.
 #include "tests/support/LocalWord.h"
 
-#include <objbase.h>
-
 #include <filesystem>
 #include <fstream>
 
-#include "src/base/Barrier.h"
+#include "src/base/Handles.h"
 #include "standins/office/DocumentExport.h"
 #include "standins/office/DynamicObject.h"
 
@@ -14,9 +12,7 @@ using Microsoft::WRL::ComPtr;
 
 namespace {
 
-constexpr CLSID wordClass = {0x000209FF, 0x0000, 0x0000, {0xC0, 0x00, 0x00, 0x00, 0x00, 0x00, 0x00, 0x46}};
 constexpr IID wordInterface = {0x00020970, 0x0000, 0x0000, {0xC0, 0x00, 0x00, 0x00, 0x00, 0x00, 0x00, 0x46}};
-constexpr wchar_t wordClassText[] = L"{000209FF-0000-0000-C000-000000000046}";
 
 constexpr UINT openArguments = 16;
 constexpr UINT exportArguments = 14;
@@ -46,34 +42,11 @@ ComPtr<IDispatch> MakeDocuments() {
 
 }  // namespace
 
-LocalWord::LocalWord(CallFaults& faults) : faults_(faults), factory_(*this) {
-    const struct {
-        std::wstring path;
-        std::wstring value;
-    } wanted[] = {
-        {L"Software\\Classes\\Word.Application", L""},
-        {L"Software\\Classes\\Word.Application\\CLSID", wordClassText},
-        {std::wstring(L"Software\\Classes\\CLSID\\") + wordClassText, L""},
-    };
-    for (const auto& [path, value] : wanted) {
-        RegistryKey key;
-        DWORD disposition = 0;
-        if (RegCreateKeyExW(HKEY_LOCAL_MACHINE, path.c_str(), 0, nullptr, 0, KEY_WRITE, nullptr, key.Receive(),
-                            &disposition) != ERROR_SUCCESS ||
-            disposition != REG_CREATED_NEW_KEY) {
-            continue;
-        }
-        keys_.insert(keys_.begin(), path);  // a key goes before the one that it is in
-        RegSetValueExW(key.Get(), nullptr, 0, REG_SZ, reinterpret_cast<const BYTE*>(value.c_str()),
-                       static_cast<DWORD>((value.size() + 1) * sizeof(wchar_t)));
-    }
-    CoRegisterClassObject(wordClass, &factory_, CLSCTX_LOCAL_SERVER, REGCLS_MULTIPLEUSE, &registration_);
-}
-
-LocalWord::~LocalWord() {
-    CoRevokeClassObject(registration_);
-    for (const std::wstring& key : keys_) RegDeleteKeyW(HKEY_LOCAL_MACHINE, key.c_str());
-}
+LocalWord::LocalWord(CallFaults& faults)
+    : faults_(faults), class_([this](REFIID riid, void** ppv) {
+          const HostScope scope(faults_);
+          return Start()->QueryInterface(riid, ppv);
+      }) {}
 
 ComPtr<IDispatch> LocalWord::Start() {
     const auto application = Adopt(new DynamicObject<>(L"Word", {wordInterface}));
@@ -91,16 +64,4 @@ ComPtr<IDispatch> LocalWord::Start() {
     });
     ++started;
     return Wrap(application, faults_);
-}
-
-HRESULT LocalWord::Factory::QueryInterface(REFIID riid, void** ppv) {
-    *ppv = riid == IID_IUnknown || riid == IID_IClassFactory ? this : nullptr;
-    return *ppv ? S_OK : E_NOINTERFACE;
-}
-
-HRESULT LocalWord::Factory::CreateInstance(IUnknown* outer, REFIID riid, void** ppv) {
-    *ppv = nullptr;
-    if (outer) return CLASS_E_NOAGGREGATION;
-    const HostScope scope(word_.faults_);
-    return Barrier([&]() -> HRESULT { return word_.Start()->QueryInterface(riid, ppv); });
 }

@@ -3,19 +3,18 @@
 #pragma once
 
 #include <windows.h>
-#include <objbase.h>
 #include <unknwn.h>
 
-#include <functional>
 #include <string>
 #include <vector>
 
 #include "tests/support/ScriptedDispatch.h"
 #include "tests/support/ScriptedOutlook.h"
+#include "tests/support/WordClass.h"
 
 // Registered from construction to destruction; every Word that is made is this one. The export of a document writes
 // "PDF of " and the document's content.
-class ScriptedWord final : public IClassFactory {
+class ScriptedWord {
 public:
     explicit ScriptedWord(Calls& calls);
     ScriptedWord(const ScriptedWord&) = delete;
@@ -29,17 +28,12 @@ public:
     HRESULT createResult = S_OK;
     std::vector<IID> asked;  // for these interfaces, one for each Word
 
-    void RemoveProgId();  // as where no Word is installed
-    void RevokeClass();   // as where it does not start
-
-    HRESULT STDMETHODCALLTYPE QueryInterface(REFIID riid, void** ppv) override;
-    ULONG STDMETHODCALLTYPE AddRef() override { return 2; }
-    ULONG STDMETHODCALLTYPE Release() override { return 1; }
-    HRESULT STDMETHODCALLTYPE CreateInstance(IUnknown* outer, REFIID riid, void** ppv) override;
-    HRESULT STDMETHODCALLTYPE LockServer(BOOL) override { return S_OK; }
+    void RemoveProgId() { class_.RemoveProgId(); }  // as where no Word is installed
+    void RevokeClass() { class_.Revoke(); }         // as where it does not start
 
 private:
+    HRESULT Create(REFIID riid, void** ppv);
+
     Calls& calls_;
-    std::wstring previousClass_;  // of another Word in this prefix
-    DWORD registration_ = 0;
+    WordClass class_;
 };

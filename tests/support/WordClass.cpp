@@ -1,0 +1,67 @@
+// Registration of a Word for tests.
+#include "tests/support/WordClass.h"
+
+#include <objbase.h>
+
+#include <gtest/gtest.h>
+
+#include <utility>
+
+#include "src/base/Barrier.h"
+
+namespace {
+
+constexpr CLSID wordClass = {0x000209FF, 0x0000, 0x0000, {0xC0, 0x00, 0x00, 0x00, 0x00, 0x00, 0x00, 0x46}};
+constexpr wchar_t wordClassText[] = L"{000209FF-0000-0000-C000-000000000046}";
+constexpr wchar_t progIdKey[] = L"Software\\Classes\\Word.Application";
+constexpr wchar_t progIdClassKey[] = L"Software\\Classes\\Word.Application\\CLSID";
+
+std::wstring RegisteredClass() {
+    wchar_t text[64] = L"";
+    DWORD size = sizeof text;
+    RegGetValueW(HKEY_LOCAL_MACHINE, progIdClassKey, nullptr, RRF_RT_REG_SZ, nullptr, text, &size);
+    return text;
+}
+
+void RegisterClass(const std::wstring& text) {
+    RegSetKeyValueW(HKEY_LOCAL_MACHINE, progIdClassKey, nullptr, REG_SZ, text.c_str(),
+                    static_cast<DWORD>((text.size() + 1) * sizeof(wchar_t)));
+}
+
+}  // namespace
+
+WordClass::WordClass(Create create) : create_(std::move(create)), previousClass_(RegisteredClass()) {
+    CoInitializeEx(nullptr, COINIT_APARTMENTTHREADED);
+    RegisterClass(wordClassText);
+    EXPECT_EQ(CoRegisterClassObject(wordClass, this, CLSCTX_LOCAL_SERVER, REGCLS_MULTIPLEUSE, &registration_), S_OK);
+}
+
+WordClass::~WordClass() {
+    Revoke();
+    RemoveProgId();
+    if (!previousClass_.empty()) RegisterClass(previousClass_);
+    CoUninitialize();
+}
+
+void WordClass::RemoveProgId() {
+    RegDeleteTreeW(HKEY_LOCAL_MACHINE, progIdClassKey);
+    RegDeleteKeyW(HKEY_LOCAL_MACHINE, progIdKey);  // unless it has more
+}
+
+void WordClass::Revoke() {
+    if (registration_) CoRevokeClassObject(registration_);
+    registration_ = 0;
+}
+
+HRESULT WordClass::QueryInterface(REFIID riid, void** ppv) {
+    *ppv = nullptr;
+    if (riid != IID_IUnknown && riid != IID_IClassFactory) return E_NOINTERFACE;
+    *ppv = static_cast<IClassFactory*>(this);
+    return S_OK;
+}
+
+HRESULT WordClass::CreateInstance(IUnknown* outer, REFIID riid, void** ppv) {
+    *ppv = nullptr;
+    if (outer) return CLASS_E_NOAGGREGATION;
+    return Barrier([&]() -> HRESULT { return create_(riid, ppv); });
+}

@@ -1,0 +1,35 @@
+// The class of Word.Application within the test process: a client that asks COM for a local server of it gets what the
+// test makes.
+#pragma once
+
+#include <windows.h>
+#include <unknwn.h>
+
+#include <functional>
+#include <string>
+
+class WordClass final : public IClassFactory {
+public:
+    using Create = std::function<HRESULT(REFIID riid, void** ppv)>;
+
+    // COM is initialised for the thread, and the class registered with it and in the registry, from construction to
+    // destruction; another Word's registration comes back then.
+    explicit WordClass(Create create);
+    WordClass(const WordClass&) = delete;
+    WordClass& operator=(const WordClass&) = delete;
+    ~WordClass();
+
+    void RemoveProgId();  // as where no Word is installed
+    void Revoke();        // as where it does not start
+
+    HRESULT STDMETHODCALLTYPE QueryInterface(REFIID riid, void** ppv) override;
+    ULONG STDMETHODCALLTYPE AddRef() override { return 2; }
+    ULONG STDMETHODCALLTYPE Release() override { return 1; }
+    HRESULT STDMETHODCALLTYPE CreateInstance(IUnknown* outer, REFIID riid, void** ppv) override;
+    HRESULT STDMETHODCALLTYPE LockServer(BOOL) override { return S_OK; }
+
+private:
+    Create create_;
+    std::wstring previousClass_;
+    DWORD registration_ = 0;
+};
