@@ -42,7 +42,8 @@ public:
         return Parameters(line);
     }
 
-    // The parameters of each of the first `count` starts; waits for them.
+    // The parameters of each of the first `count` starts; waits for them. Starts that are not waited for one by one
+    // come in any order, and one may write over another's line.
     std::vector<std::wstring> WaitForStarts(size_t count) const {
         std::vector<std::wstring> starts;
         for (DWORD waited = 0; waited < 10000; waited += 20) {

@@ -89,14 +89,15 @@ TEST_F(CreateOfThree, MergeIsOldestFirstAndNamedAfterTheFolder) {
 
 TEST_F(CreateOfThree, SecondMergeOpensTheFirstOneAgain) {
     mergedPath_ = Path(keyOfInbox + L"\\Inbox.pdf");
+    const std::wstring parameters = L" " + Quoted(keyOfInbox + L"\\Inbox.pdf");
     EXPECT_TRUE(FromFolder(true));
+    EXPECT_EQ(companion_.WaitForStarts(1), Paths{parameters});
     WriteFileText(mergedPath_, "the first");
     engine_.Restart();
     outlook_.AddMail(L"Later");
     EXPECT_TRUE(FromFolder(true));
     EXPECT_EQ(Merged(), Paths{});
     EXPECT_EQ(ReadFileText(mergedPath_), "the first");
-    const std::wstring parameters = L" " + Quoted(keyOfInbox + L"\\Inbox.pdf");
     EXPECT_EQ(companion_.WaitForStarts(2), (Paths{parameters, parameters}));
 
     fs::remove(mergedPath_);
@@ -183,11 +184,13 @@ TEST_F(CreateOfThree, MergedPathOfTwoHundredSixtyCharactersMakesNoMerge) {
 TEST_F(CreateOfThree, MailThatFailsIsLeftOut) {
     outlook_.Mail(1).object.GiveText(L"Subject", L"RE: Nine");
     outlook_.Mail(3).object.Fail(L"SaveAs", E_FAIL);
+    const std::wstring parameters = L" " + Quoted(eight_);
     EXPECT_TRUE(FromSelection());
+    EXPECT_EQ(companion_.WaitForStarts(1), (Paths{parameters}));
     EXPECT_TRUE(FromFolder(false));
+    EXPECT_EQ(companion_.WaitForStarts(2), (Paths{parameters, parameters}));
     // One is left, and nothing to merge it with.
     EXPECT_TRUE(FromFolder(true));
-    const std::wstring parameters = L" " + Quoted(eight_);
     EXPECT_EQ(companion_.WaitForStarts(3), (Paths{parameters, parameters, parameters}));
     EXPECT_EQ(engine_.CallCount(), 0);
     EXPECT_FALSE(fs::exists(Path(keyOfInbox)));

@@ -131,6 +131,7 @@ TEST_F(MailPortfolio, GoesThroughItsStepsInOrder) {
 TEST_F(MailPortfolio, TwoRunsMakeTwoPortfoliosAndPdfs) {
     outlook_.AddMail(L"Hello");
     EXPECT_TRUE(Create());
+    EXPECT_EQ(companion_.WaitForStarts(2).size(), 2U);
     EXPECT_TRUE(Create());
     EXPECT_EQ(openedForSaving_, (Paths{Path(L"Portfolio.pdf"), Path(L"Portfolio(1).pdf")}));
     EXPECT_EQ(folder_.List(), (Listing{{L"Portfolio.pdf", "portfolio+"},
