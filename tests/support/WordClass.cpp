@@ -3,8 +3,7 @@
 
 #include <objbase.h>
 
-#include <gtest/gtest.h>
-
+#include <stdexcept>
 #include <utility>
 
 #include "src/base/Barrier.h"
@@ -33,7 +32,9 @@ void RegisterClass(const std::wstring& text) {
 WordClass::WordClass(Create create) : create_(std::move(create)), previousClass_(RegisteredClass()) {
     CoInitializeEx(nullptr, COINIT_APARTMENTTHREADED);
     RegisterClass(wordClassText);
-    EXPECT_EQ(CoRegisterClassObject(wordClass, this, CLSCTX_LOCAL_SERVER, REGCLS_MULTIPLEUSE, &registration_), S_OK);
+    if (FAILED(CoRegisterClassObject(wordClass, this, CLSCTX_LOCAL_SERVER, REGCLS_MULTIPLEUSE, &registration_))) {
+        throw std::runtime_error("Word's class cannot be registered");
+    }
 }
 
 WordClass::~WordClass() {
