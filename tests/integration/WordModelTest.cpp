@@ -46,11 +46,12 @@ protected:
 
     HRESULT Export(const Fill& fill, UINT count = 14) {
         const ComPtr<IDispatch> document = GetObjectProperty(application_.Get(), L"ActiveDocument");
-        return AutomationCallLongMethod(document.Get(), L"ExportAsFixedFormat", nullptr, count, [&](AutomationArgs& args) {
-            args.Argument(1) = MakeVariantString(Target().c_str());
-            args.Argument(2) = MakeVariantInt(17);
-            fill(args);
-        });
+        return AutomationCallLongMethod(document.Get(), L"ExportAsFixedFormat", nullptr, count,
+                                        [&](AutomationArgs& args) {
+                                            args.Argument(1) = MakeVariantString(Target().c_str());
+                                            args.Argument(2) = MakeVariantInt(17);
+                                            fill(args);
+                                        });
     }
 
     std::wstring Target() const { return folder_.Path(L"out.pdf"); }
