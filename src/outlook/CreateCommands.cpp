@@ -31,7 +31,8 @@ std::wstring MergedPdf(IDispatch* folder, const std::wstring& workingFolder, con
     const std::wstring name = GetItemName(folder) + L".pdf";
     std::wstring merged = PathInFolder(mergedFolder, name);
     if (merged.empty()) return mergedFolder + L"\\" + name;
-    if (!Exists(merged)) MergePdfFiles(merged, paths);
+    // What a failed merge may have left would be taken for the merged PDF ever after.
+    if (!Exists(merged) && !MergePdfFiles(merged, paths)) DeleteFileW(merged.c_str());
     return merged;
 }
 

@@ -57,15 +57,19 @@ public:
           made_(CopyFileW(portfolio.c_str(), path.c_str(), FALSE)) {}
     SafetyCopy(const SafetyCopy&) = delete;
     SafetyCopy& operator=(const SafetyCopy&) = delete;
-    ~SafetyCopy() { DeleteFileW(copy_.c_str()); }
+    ~SafetyCopy() {
+        if (!isNeeded_) DeleteFileW(copy_.c_str());
+    }
 
     explicit operator bool() const { return made_; }
-    void PutBack() const { CopyFileW(copy_.c_str(), portfolio_.c_str(), FALSE); }
+    // At once, because a copy could end in the middle. A copy that could not be put back stays.
+    void PutBack() { isNeeded_ = !MoveFileExW(copy_.c_str(), portfolio_.c_str(), MOVEFILE_REPLACE_EXISTING); }
 
 private:
     const std::wstring& portfolio_;
     const std::wstring& copy_;
     const bool made_;
+    bool isNeeded_ = false;
 };
 
 // One language's word has characters that file names forbid.
@@ -78,7 +82,7 @@ bool Embed(IDispatch* item, const std::wstring& pdf, const std::wstring& key, co
            const std::wstring& portfolio, WorkFiles& workFiles) {
     const std::wstring copy = PathInFolder(workingFolder, SafetyCopyName(key));
     if (copy.empty() || !workFiles.MakeRoom(copy)) return false;
-    const SafetyCopy safety(workFiles, portfolio, copy);
+    SafetyCopy safety(workFiles, portfolio, copy);
     if (!safety) return false;
 
     std::vector<std::wstring> attachments = SaveMailAttachments(item, workingFolder, false, &workFiles);
@@ -103,10 +107,10 @@ void AddMail(const AddinState& addin, IDispatch* item, const std::wstring& worki
     if (pdfPath.empty() || !ConvertWithWord(addin, document, pdfPath) || !Exists(pdfPath)) return;
 
     const std::wstring& pdf = workFiles.Follow(pdfPath);
-    const std::wstring& portfolio = workFiles.Follow(newPortfolio.Path());
+    std::wstring& portfolio = workFiles.Follow(newPortfolio.Path());
     if (Embed(item, pdf, key, workingFolder, portfolio, workFiles)) newPortfolio.SetHasMails();
     workFiles.Finish();
-    newPortfolio.MoveTo(portfolio);
+    newPortfolio.MoveTo(std::move(portfolio));
 }
 
 }  // namespace

@@ -102,17 +102,26 @@ bool WorkFiles::IsOwn(const std::wstring& path) const {
                        [&](const std::wstring& attachment) { return IsSamePath(attachment, path); });
 }
 
+bool WorkFiles::IsClearedAway(const std::wstring& path) const {
+    return IsOwn(path) || std::any_of(documents_.begin(), documents_.end(),
+                                      [&](const Document& document) { return IsSamePath(document.filesFolder, path); });
+}
+
 bool WorkFiles::MakeRoom(const std::wstring& path) {
     DWORD attributes = 0;
     const std::wstring real = RealPath(path, attributes);
     if (real.empty()) return !Exists(path);
-    return !IsFolder(attributes) && (IsOwn(real) || SetAsideFile(real));
+    if (IsFolder(attributes)) return false;
+    if (IsOwn(real)) return true;
+    // Under its new name the file may still answer to the old one, where that was its short name.
+    return SetAsideFile(real) && !Exists(path);
 }
 
 bool WorkFiles::SetAsideFile(const std::wstring& path) {
-    std::wstring now = MakeUniquePath(1, path);
+    // A name that is to be cleared away in the end is not free, even when nothing has it any more.
+    std::wstring now;
+    for (unsigned counter = 1; now.empty() || IsClearedAway(now); ++counter) now = MakeUniquePath(counter, path);
     if (!IsShortEnough(now)) return false;
-    ForgetAttachment(now);  // nothing is there: what was written has been taken away
     std::wstring* const followed = Followed(path);
     std::wstring followedNow = followed ? now : std::wstring();
     // What was set aside may be in the way again.
@@ -156,13 +165,13 @@ std::wstring* WorkFiles::Followed(const std::wstring& path) {
     return found == followed_.end() ? nullptr : &*found;
 }
 
-const std::wstring& WorkFiles::Follow(const std::wstring& path) {
+std::wstring& WorkFiles::Follow(const std::wstring& path) {
     std::wstring* const known = Followed(path);
     return known ? *known : followed_.emplace_back(path);
 }
 
 void WorkFiles::Finish() noexcept {
-    for (const std::wstring& path : attachments_) DeleteFileW(path.c_str());
+    for (const std::wstring& path : attachments_) DeleteAll(path, false);
     attachments_.clear();
     for (const Document& document : documents_) {
         DeleteAll(document.path, false);

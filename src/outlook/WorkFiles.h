@@ -27,8 +27,9 @@ public:
     // Takes back AddAttachment for a file that was not written after all.
     void ForgetAttachment(const std::wstring& path);
 
-    // Where the file that is at `path` now is from here on, for as long as this object lives.
-    const std::wstring& Follow(const std::wstring& path);
+    // Where the file that is at `path` now is from here on, for as long as this object lives. After Finish nothing
+    // looks at the text any more.
+    std::wstring& Follow(const std::wstring& path);
 
     // Deletes these files and puts back what was set aside. What finds its place taken stays where it is.
     void Finish() noexcept;
@@ -45,6 +46,7 @@ private:
     bool SetAsideFile(const std::wstring& path);
     bool PutOneBack() noexcept;
     bool IsOwn(const std::wstring& path) const;
+    bool IsClearedAway(const std::wstring& path) const;
     std::wstring* Followed(const std::wstring& path);
 
     std::vector<Document> documents_;

@@ -41,7 +41,7 @@ def read_journal(path):
             clicked.append(values[0])
         elif what == "saved":
             latest[values[1]] = int(values[0])
-            failed[int(values[0])] = "Word made no PDF of it"
+            failed[int(values[0])] = "no PDF was made of it: its path may be too long, or Word refused it"
         elif what == "not saved":
             failed[int(values[0])] = f"it was not saved: {values[2]}"
         elif what == "exported" and values[0] in latest:

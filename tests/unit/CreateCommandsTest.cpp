@@ -113,6 +113,17 @@ TEST_F(CreateOfThree, FailedMergeStillHandsItsPathOn) {
     EXPECT_EQ(companion_.WaitForParameters(), L" " + Quoted(keyOfInbox + L"\\Inbox.pdf"));
 }
 
+TEST_F(CreateOfThree, FailedMergeLeavesNothingThatWouldBeTakenForTheMergedPdf) {
+    mergedPath_ = Path(keyOfInbox + L"\\Inbox.pdf");
+    engine_.onCall = [this, save = engine_.onCall](std::string_view function) {
+        save(function);
+        if (function == "PDFMerge_Save") engine_.failingCall = engine_.CallCount();
+    };
+    EXPECT_TRUE(FromFolder(true));
+    EXPECT_FALSE(fs::exists(mergedPath_));
+    EXPECT_EQ(companion_.WaitForParameters(), L" " + Quoted(keyOfInbox + L"\\Inbox.pdf"));
+}
+
 TEST_F(CreateOfThree, FoldersOfOneNameHaveMergedPdfsOfTheirOwn) {
     mergedPath_ = Path(keyOfInbox + L"\\Inbox.pdf");
     EXPECT_TRUE(FromFolder(true));

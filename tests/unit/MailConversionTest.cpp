@@ -485,6 +485,28 @@ TEST_F(MailConversion, CacheMayChangeDuringAnAutomationCall) {
     EXPECT_EQ(state_.conversionCache.size(), 1U);
 }
 
+TEST_F(MailConversion, CacheMayChangeWhileAMailIsConverted) {
+    outlook_.AddMail(L"Hello").Attach(L"a.txt", "A");
+    outlook_.AddMail(L"Hello again");
+    const auto change = [this] {
+        state_.conversionCache.clear();
+        for (int i = 0; i < 100; ++i) state_.conversionCache[std::to_wstring(i)] = L"x";
+    };
+    word_.documents.On(L"Open", [&](VARIANT* result) {
+        change();
+        result->vt = VT_DISPATCH;
+        result->pdispVal = &word_.document;
+        word_.document.AddRef();
+        return S_OK;
+    });
+    outlook_.Mail(1).object.On(L"Attachments", [&](VARIANT*) {
+        change();
+        return E_FAIL;
+    });
+    EXPECT_EQ(ConvertedPaths(), (Paths{Path(key1 + L"\\Hello.pdf"), Path(key2 + L"\\Hello again.pdf")}));
+    EXPECT_EQ(state_.conversionCache.size(), 101U) << "what was cleared last, and the second mail";
+}
+
 TEST_F(MailConversion, MailsWithoutADistinctKeyAreNeverCachedAndKeepTheirOwnPdfs) {
     outlook_.AddMail(L"Hello", L"");
     outlook_.AddMail(L"Hello", L"");

@@ -6,6 +6,7 @@
 #include <new>
 
 #include "tests/support/OutlookCommandTest.h"
+#include "tests/support/Sharing.h"
 #include "tests/support/TestLanguage.h"
 
 namespace {
@@ -251,6 +252,21 @@ TEST_F(MailPortfolio, FailedEmbeddingPutsTheSafetyCopyBackAndTheNextMailFollows)
     EXPECT_EQ(companion_.WaitForStarts(2).at(1), L" " + Quoted(L"Portfolio.pdf"));
 }
 
+TEST_F(MailPortfolio, SafetyCopyThatCannotBePutBackStays) {
+    outlook_.AddMail(L"One");
+    outlook_.AddMail(L"Two");
+    std::optional<HeldFile> held;
+    engine_.onCall = [&, save = engine_.onCall, number = 0](std::string_view function) mutable {
+        const bool isSecondSave = function == "PDF_Save" && ++number == 2;
+        if (isSecondSave) failingSaves_ = 1;
+        save(function);
+        if (isSecondSave) held.emplace(Path(L"Portfolio.pdf"), GENERIC_READ, FILE_SHARE_READ | FILE_SHARE_WRITE);
+    };
+    EXPECT_TRUE(Create());
+    EXPECT_EQ(ReadFileText(Path(SafetyCopy(key2))), "portfolio+");
+    EXPECT_FALSE(fs::exists(Path(SafetyCopy(key1))));
+}
+
 TEST_F(MailPortfolio, PortfolioThatDoesNotOpenIsPutBackToo) {
     outlook_.AddMail(L"One");
     engine_.notPdfs = {Path(L"Portfolio.pdf")};
@@ -386,14 +402,15 @@ TEST_F(MailPortfolio, AttachmentMayBeNamedLikeTheSafetyCopyOrTheDocument) {
 TEST_F(MailPortfolio, PortfolioWhosePlaceIsTakenGoesOnUnderItsOtherName) {
     ScriptedMail& mail = outlook_.AddMail(L"One");
     ScriptedDispatch& attachment = mail.Attach(L"Portfolio.pdf", "");
+    std::optional<HeldFile> held;
     attachment.On(L"SaveAsFile", [&](VARIANT*) {
         WriteFileText(ScriptedMail::SavedPath(attachment), "attached");
-        SetFileAttributesW(ScriptedMail::SavedPath(attachment).c_str(), FILE_ATTRIBUTE_READONLY);  // it stays
+        // It cannot be deleted.
+        held.emplace(ScriptedMail::SavedPath(attachment), GENERIC_READ, FILE_SHARE_READ | FILE_SHARE_WRITE);
         return S_OK;
     });
     outlook_.AddMail(L"Two");
     EXPECT_TRUE(Create());
-    SetFileAttributesW(Path(L"Portfolio.pdf").c_str(), FILE_ATTRIBUTE_NORMAL);
     EXPECT_EQ(openedForSaving_, (Paths{Path(L"Portfolio(1).pdf"), Path(L"Portfolio(1).pdf")}));
     EXPECT_EQ(ReadFileText(Path(L"Portfolio(1).pdf")), "portfolio++");
     EXPECT_EQ(companion_.WaitForStarts(2).at(1), L" " + Quoted(L"Portfolio(1).pdf"));

@@ -139,6 +139,18 @@ TEST_F(OutlookWorkFiles, NameForTheTimeAsideIsAFreeOne) {
     EXPECT_EQ(folder_.List(), before);
 }
 
+TEST_F(OutlookWorkFiles, NameThatIsClearedAwayInTheEndIsNoFreeOneAlsoWhenNothingHasIt) {
+    MakeFile(L"a.doc", "mine");
+    const Listing before = folder_.List();
+    WorkFiles files;
+    EXPECT_TRUE(files.AddDocument(Path(L"a(1).doc")));
+    EXPECT_TRUE(files.AddAttachment(Path(L"a(2).doc")));
+    EXPECT_TRUE(files.AddAttachment(Path(L"a.doc")));
+    EXPECT_EQ(folder_.List(), (Listing{{L"a(3).doc", "mine"}}));
+    files.Finish();
+    EXPECT_EQ(folder_.List(), before);
+}
+
 TEST_F(OutlookWorkFiles, FileThatIsInTheWayTwiceMovesOnAndComesBackToItsOwnName) {
     MakeFile(L"a.txt", "mine");
     const Listing before = folder_.List();
