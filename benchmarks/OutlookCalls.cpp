@@ -11,8 +11,7 @@
 
 #include "src/base/ControlIds.h"
 #include "tests/integration/OutlookSession.h"
-#include "tests/support/Files.h"
-#include "tests/support/Registry.h"
+#include "tests/support/CompanionProbe.h"
 
 namespace {
 
@@ -97,29 +96,11 @@ Counted CallsOf(const Command& command, size_t mails) {
     return counted;
 }
 
-// A companion that makes the empty portfolio and shows nothing, while this lives.
-class Companion {
-public:
-    Companion() {
-        wchar_t self[MAX_PATH];
-        GetModuleFileNameW(nullptr, self, MAX_PATH);
-        const auto build = std::filesystem::path(self).parent_path().parent_path();
-        std::filesystem::copy_file(build / L"tests" / L"companion_probe.exe", folder_.Path(L"ZAVO.exe"));
-        SetEnvironmentVariableW(L"ZAVO_PROBE_LOG", folder_.Path(L"log.txt").c_str());
-        SetEnvironmentVariableW(L"ZAVO_PROBE_EXIT", L"2000");
-        SetEnvironmentVariableW(L"ZAVO_PROBE_PORTFOLIO", L"portfolio");
-        CompanionKeys::Set(HKEY_CURRENT_USER, L"SOFTWARE\\ZAVO", folder_.Path());
-    }
-
-private:
-    const TemporaryFolder folder_;
-    const CompanionKeys keys_;
-};
-
 }  // namespace
 
 int main() {
-    const Companion companion;
+    const CompanionProbe companion(0, CompanionProbe::OwnFolder().parent_path() / L"tests");
+    companion.MakePortfolios(L"portfolio");
     EngineRecorder engine;  // what the engine does is not counted
     engine.recording = false;
     printf("automation calls for a mail with %zu attachments, %zu of them a PDF, and for a click besides;\n",

@@ -101,9 +101,9 @@ void Document::Repair() {
 
 std::string_view Document::Bytes() {
     if (normalised_ || !file_) return own_;
-    const std::string_view bytes = Window(0, size_);
+    if (!wholeRead_) Window(0, size_);
     wholeRead_ = true;
-    return bytes;
+    return buffer_.View();
 }
 
 // The file's bytes up to `count` behind `offset`. Those before it may not have been read; places in the file are places
@@ -112,14 +112,14 @@ std::string_view Document::Window(std::uint64_t offset, std::uint64_t count) {
     const std::uint64_t size = ReadSize();
     offset = std::min(offset, size);
     const std::uint64_t end = offset + std::min(count, size - offset);
-    if (normalised_ || !file_) return std::string_view(own_).substr(0, static_cast<std::size_t>(end));
+    if (IsInMemory()) return Bytes().substr(0, static_cast<std::size_t>(end));
     const auto blocks = static_cast<std::size_t>((size + blockSize - 1) / blockSize);
     if (isRead_.size() != blocks) {
         buffer_ = Buffer(static_cast<std::size_t>(size));
         isRead_.assign(blocks, false);
     }
     const auto last = static_cast<std::size_t>((end + blockSize - 1) / blockSize);
-    for (auto block = static_cast<std::size_t>(offset / blockSize); !wholeRead_ && block < last;) {
+    for (auto block = static_cast<std::size_t>(offset / blockSize); block < last;) {
         const std::size_t first = block;
         while (block < last && !isRead_[block]) ++block;
         if (block > first) {

@@ -46,9 +46,9 @@ HRESULT AutomationCallMethod(IDispatch* disp, std::wstring_view name, VARIANT* r
     DISPID dispid = DISPID_UNKNOWN;
     const HRESULT found = LookUpMember(disp, name, &dispid);
     if (FAILED(found)) return found;
-    // Borrowed copies: what they hold stays the caller's.
-    const std::unique_ptr<VARIANT[]> reversed(new (std::nothrow) VARIANT[count]);
-    if (!reversed) return E_OUTOFMEMORY;
+    // Borrowed copies: what they hold stays the caller's. A call without arguments needs no memory.
+    const std::unique_ptr<VARIANT[]> reversed(count > 0 ? new (std::nothrow) VARIANT[count] : nullptr);
+    if (count > 0 && !reversed) return E_OUTOFMEMORY;
     std::reverse_copy(args, args + count, reversed.get());
     DISPPARAMS params = {reversed.get(), nullptr, count, 0};
     return InvokeMember(disp, dispid, DISPATCH_METHOD, &params, result);

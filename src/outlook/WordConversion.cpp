@@ -34,12 +34,7 @@ public:
     HiddenWord& operator=(const HiddenWord&) = delete;
     ~HiddenWord() {
         if (!application_) return;
-        Barrier([this]() -> HRESULT {
-            DISPID quit = DISPID_UNKNOWN;
-            DISPPARAMS none = {};
-            const HRESULT found = LookUpMember(Get(), L"Quit", &quit);
-            return FAILED(found) ? found : InvokeMember(Get(), quit, DISPATCH_METHOD, &none, nullptr);
-        });
+        Barrier([this] { return AutomationCallMethod(Get(), L"Quit", nullptr, 0, nullptr); });
     }
 
     IDispatch* Get() const { return application_.Get(); }

@@ -71,6 +71,11 @@ void DeleteAll(const std::wstring& path, bool isFolder) noexcept {
     DeleteAll(buffer, path.size(), attributes);
 }
 
+void DeleteDocument(const std::wstring& path, const std::wstring& filesFolder) noexcept {
+    DeleteAll(path, false);
+    DeleteAll(filesFolder, true);
+}
+
 std::wstring FilesFolderOf(const std::wstring& documentPath) {
     return documentPath.substr(0, documentPath.size() - GetExtensionOfPath(documentPath).size()) + filesFolderEnding;
 }
@@ -91,8 +96,7 @@ std::wstring RealPath(const std::wstring& path, DWORD& attributes) {
 }  // namespace
 
 void RemoveSavedDocument(const std::wstring& documentPath) {
-    DeleteAll(documentPath, false);
-    DeleteAll(FilesFolderOf(documentPath), true);
+    DeleteDocument(documentPath, FilesFolderOf(documentPath));
 }
 
 bool WorkFiles::IsOwn(const std::wstring& path) const {
@@ -173,10 +177,7 @@ std::wstring& WorkFiles::Follow(const std::wstring& path) {
 void WorkFiles::Finish() noexcept {
     for (const std::wstring& path : attachments_) DeleteAll(path, false);
     attachments_.clear();
-    for (const Document& document : documents_) {
-        DeleteAll(document.path, false);
-        DeleteAll(document.filesFolder, true);
-    }
+    for (const Document& document : documents_) DeleteDocument(document.path, document.filesFolder);
     documents_.clear();
     while (PutOneBack()) continue;  // from the first on: it may have been in the place of an earlier one
 }

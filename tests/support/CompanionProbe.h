@@ -14,15 +14,20 @@
 // Installed for the current user from construction to destruction.
 class CompanionProbe {
 public:
-    explicit CompanionProbe(DWORD exitCode = 0) {
-        wchar_t self[MAX_PATH];
-        GetModuleFileNameW(nullptr, self, MAX_PATH);
-        const auto probe = std::filesystem::path(self).parent_path() / L"companion_probe.exe";
-        std::filesystem::copy_file(probe, Executable());
+    // The probe's program is in `programs`.
+    explicit CompanionProbe(DWORD exitCode = 0, const std::filesystem::path& programs = OwnFolder()) {
+        std::filesystem::copy_file(programs / L"companion_probe.exe", Executable());
         SetEnvironmentVariableW(L"ZAVO_PROBE_LOG", Log().c_str());
         SetEnvironmentVariableW(L"ZAVO_PROBE_EXIT", std::to_wstring(exitCode).c_str());
         SetEnvironmentVariableW(L"ZAVO_PROBE_PORTFOLIO", nullptr);
         CompanionKeys::Set(HKEY_CURRENT_USER, L"SOFTWARE\\ZAVO", folder_.Path());
+    }
+
+    // That of the running program.
+    static std::filesystem::path OwnFolder() {
+        wchar_t self[MAX_PATH];
+        GetModuleFileNameW(nullptr, self, MAX_PATH);
+        return std::filesystem::path(self).parent_path();
     }
 
     // From now on its empty portfolios are files with that content, and it ends its command with success.

@@ -5,14 +5,13 @@
 #include <fstream>
 
 #include "src/base/Handles.h"
+#include "standins/office/AutomatedWord.h"
 #include "standins/office/DocumentExport.h"
 #include "standins/office/DynamicObject.h"
 
 using Microsoft::WRL::ComPtr;
 
 namespace {
-
-constexpr IID wordInterface = {0x00020970, 0x0000, 0x0000, {0xC0, 0x00, 0x00, 0x00, 0x00, 0x00, 0x00, 0x46}};
 
 constexpr UINT openArguments = 16;
 constexpr UINT exportArguments = 14;
@@ -49,7 +48,7 @@ LocalWord::LocalWord(CallFaults& faults)
       }) {}
 
 ComPtr<IDispatch> LocalWord::Start() {
-    const auto application = Adopt(new DynamicObject<>(L"Word", {wordInterface}));
+    const auto application = Adopt(new DynamicObject<>(L"Word", {wordApplicationIid}));
     Members& members = application->members;
     for (const wchar_t* const name : {L"Visible", L"DisplayAlerts"}) {
         members.AddProperty(name, nullptr, [](const VARIANT& value) {

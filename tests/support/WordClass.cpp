@@ -7,10 +7,10 @@
 #include <utility>
 
 #include "src/base/Barrier.h"
+#include "standins/word/Registration.h"
 
 namespace {
 
-constexpr CLSID wordClass = {0x000209FF, 0x0000, 0x0000, {0xC0, 0x00, 0x00, 0x00, 0x00, 0x00, 0x00, 0x46}};
 constexpr wchar_t wordClassText[] = L"{000209FF-0000-0000-C000-000000000046}";
 constexpr wchar_t progIdKey[] = L"Software\\Classes\\Word.Application";
 constexpr wchar_t progIdClassKey[] = L"Software\\Classes\\Word.Application\\CLSID";
@@ -32,7 +32,7 @@ void RegisterClass(const std::wstring& text) {
 WordClass::WordClass(Create create) : create_(std::move(create)), previousClass_(RegisteredClass()) {
     CoInitializeEx(nullptr, COINIT_APARTMENTTHREADED);
     RegisterClass(wordClassText);
-    if (FAILED(CoRegisterClassObject(wordClass, this, CLSCTX_LOCAL_SERVER, REGCLS_MULTIPLEUSE, &registration_))) {
+    if (FAILED(CoRegisterClassObject(wordClassId, this, CLSCTX_LOCAL_SERVER, REGCLS_MULTIPLEUSE, &registration_))) {
         throw std::runtime_error("Word's class cannot be registered");
     }
 }

@@ -1,19 +1,11 @@
 // Stands in for ZAVO.exe in tests: writes its command line to the file that ZAVO_PROBE_LOG names, waits for as many
 // milliseconds as ZAVO_PROBE_DELAY says and ends with the code in ZAVO_PROBE_EXIT. Told to make an empty portfolio, it
 // writes the text of ZAVO_PROBE_PORTFOLIO, if there is one, to the portfolio's path.
-#include "src/base/Handles.h"
+#include <windows.h>
+
 #include "standins/common/Text.h"
 
 namespace {
-
-void Append(const std::wstring& path, const std::string& text) {
-    const HANDLE file = CreateFileW(path.c_str(), FILE_APPEND_DATA, FILE_SHARE_READ | FILE_SHARE_WRITE, nullptr,
-                                    OPEN_ALWAYS, FILE_ATTRIBUTE_NORMAL, nullptr);
-    if (file == INVALID_HANDLE_VALUE) ExitProcess(1);
-    DWORD written = 0;
-    WriteFile(file, text.data(), static_cast<DWORD>(text.size()), &written, nullptr);
-    CloseHandle(file);
-}
 
 // The path in a portfolio command: it stands in one pair of quotation marks with the command word. Else empty.
 std::wstring PortfolioPath(const std::wstring& commandLine) {
@@ -26,10 +18,13 @@ std::wstring PortfolioPath(const std::wstring& commandLine) {
 }  // namespace
 
 int main() {
-    Append(Environment(L"ZAVO_PROBE_LOG"), Utf8(GetCommandLineW()) + "\n");
+    AppendToFile(Environment(L"ZAVO_PROBE_LOG"), Utf8(GetCommandLineW()) + "\n");
     const std::wstring portfolio = PortfolioPath(GetCommandLineW());
     const std::wstring content = Environment(L"ZAVO_PROBE_PORTFOLIO");
-    if (!portfolio.empty() && !content.empty()) Append(portfolio, Utf8(content));
+    if (!portfolio.empty() && !content.empty()) {
+        AppendToFile(portfolio, Utf8(content));
+        if (GetFileAttributesW(portfolio.c_str()) == INVALID_FILE_ATTRIBUTES) return 1;  // there is no such folder
+    }
     Sleep(wcstoul(Environment(L"ZAVO_PROBE_DELAY").c_str(), nullptr, 10));
     return static_cast<int>(wcstol(Environment(L"ZAVO_PROBE_EXIT").c_str(), nullptr, 10));
 }
