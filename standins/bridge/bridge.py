@@ -12,10 +12,13 @@ an empty line. The answer is one line, "ok<TAB>value" or "error<TAB>text".
   command pages    path: the number of pages of a PDF
   command convert  source, target, filter: a document in another format; reader, if LibreOffice is to take the source
                    for something else than it would by itself
+  command picture  source, target, dpi (24 to 600); reader, as above: the first page as a PNG of that resolution
 
 Paths are Linux paths. A target is replaced only once the new file is whole; a write-protected one is refused.
 """
+import collections
 import os
+import re
 import secrets
 import signal
 import socketserver
@@ -33,6 +36,7 @@ PDF_FILTERS = {
     "com.sun.star.sheet.SpreadsheetDocument": "calc_pdf_Export",
     "com.sun.star.presentation.PresentationDocument": "impress_pdf_Export",
 }
+PICTURES_KEPT = 32
 
 
 def properties(**values):
@@ -42,6 +46,38 @@ def properties(**values):
         item.Name, item.Value = name, value
         result.append(item)
     return tuple(result)
+
+
+class Replacing:
+    """A fresh file beside the target, for writing; it takes the target's place once it is whole, or goes again.
+
+    This is no contextlib.contextmanager: LibreOffice's errors do not survive being thrown into a generator.
+    """
+
+    def __init__(self, target):
+        self.target = os.path.realpath(target)
+        if os.path.isdir(self.target):
+            raise RuntimeError(f"{self.target} is a folder")
+        # Root may write everywhere; the owner's bit is what a Windows program sees as the read-only attribute.
+        if os.path.exists(self.target) and not (os.access(self.target, os.W_OK) and
+                                                os.stat(self.target).st_mode & stat.S_IWUSR):
+            raise RuntimeError(f"{self.target} is write-protected")
+
+    def __enter__(self):
+        handle, self.fresh = tempfile.mkstemp(prefix=".export-", dir=os.path.dirname(self.target))
+        os.close(handle)
+        return self.fresh
+
+    def __exit__(self, kind, _error, _traceback):
+        try:
+            if kind is None:
+                mask = os.umask(0)
+                os.umask(mask)
+                os.chmod(self.fresh, 0o666 & ~mask)
+                os.replace(self.fresh, self.target)
+        finally:
+            if os.path.exists(self.fresh):
+                os.unlink(self.fresh)
 
 
 class Office:
@@ -99,29 +135,13 @@ class Office:
         return document
 
     def store(self, document, target, filter_name, filter_data=None):
-        """Stores beside the target and puts the result in its place when it is whole."""
-        target = os.path.realpath(target)
-        if os.path.isdir(target):
-            raise RuntimeError(f"{target} is a folder")
-        # Root may write everywhere; the owner's bit is what a Windows program sees as the read-only attribute.
-        if os.path.exists(target) and not (os.access(target, os.W_OK) and os.stat(target).st_mode & stat.S_IWUSR):
-            raise RuntimeError(f"{target} is write-protected")
-        handle, fresh = tempfile.mkstemp(prefix=".export-", dir=os.path.dirname(target))
-        os.close(handle)
-        try:
+        with Replacing(target) as fresh:
             arguments = {"FilterName": filter_name, "Overwrite": True}
             if filter_data is not None:
                 arguments["FilterData"] = uno.Any("[]com.sun.star.beans.PropertyValue", filter_data)
             document.storeToURL(uno.systemPathToFileUrl(fresh), properties(**arguments))
             if os.path.getsize(fresh) == 0:
                 raise RuntimeError("LibreOffice wrote nothing")
-            mask = os.umask(0)
-            os.umask(mask)
-            os.chmod(fresh, 0o666 & ~mask)
-            os.replace(fresh, target)
-        except BaseException:
-            os.unlink(fresh)
-            raise
 
 
 def pdf_filter_of(document):
@@ -162,9 +182,12 @@ def render(office, request):
     return ""
 
 
+def load_with_reader(office, request):
+    return office.load(request["source"], **({"FilterName": request["reader"]} if "reader" in request else {}))
+
+
 def convert(office, request):
-    options = {"FilterName": request["reader"]} if "reader" in request else {}
-    document = office.load(request["source"], **options)
+    document = load_with_reader(office, request)
     try:
         office.store(document, request["target"], request["filter"])
     finally:
@@ -181,7 +204,46 @@ def pages(_office, request):
     raise RuntimeError(f"{request['path']} is not a PDF")
 
 
-COMMANDS = {"render": render, "convert": convert, "pages": pages}
+class Pictures:
+    """Draws first pages, and keeps the latest ones: windows ask for the same page again and again."""
+
+    def __init__(self):
+        self.kept = collections.OrderedDict()
+
+    def __call__(self, office, request):
+        dpi = request["dpi"]
+        if not (re.fullmatch(r"[0-9]{2,3}(\.[0-9]+)?", dpi) and 24 <= float(dpi) <= 600):
+            raise RuntimeError(f"the resolution is a number from 24 to 600, not {dpi}")
+        with Replacing(request["target"]) as fresh:
+            state = os.stat(request["source"])
+            key = (os.path.realpath(request["source"]), state.st_mtime_ns, state.st_size, request.get("reader"), dpi)
+            if key not in self.kept:
+                self.kept[key] = self.draw(office, request)
+            self.kept.move_to_end(key)
+            while len(self.kept) > PICTURES_KEPT:
+                self.kept.popitem(last=False)
+            with open(fresh, "wb") as file:
+                file.write(self.kept[key])
+        return ""
+
+    @staticmethod
+    def draw(office, request):
+        with tempfile.TemporaryDirectory() as folder:
+            pdf, page = os.path.join(folder, "page.pdf"), os.path.join(folder, "page")
+            document = load_with_reader(office, request)
+            try:
+                office.store(document, pdf, pdf_filter_of(document), properties(PageRange="1"))
+            finally:
+                document.close(True)
+            done = subprocess.run(["pdftoppm", "-png", "-r", request["dpi"], "-f", "1", "-l", "1", "-singlefile", pdf,
+                                   page], capture_output=True, text=True, check=False)
+            if done.returncode:
+                raise RuntimeError(f"{request['source']} cannot be drawn: {done.stderr.strip()}")
+            with open(page + ".png", "rb") as file:
+                return file.read()
+
+
+COMMANDS = {"render": render, "convert": convert, "pages": pages, "picture": Pictures()}
 
 
 def read_request(stream):

@@ -4,10 +4,12 @@ import os
 import pathlib
 import shutil
 import socket
+import struct
 import subprocess
 import tempfile
 import time
 import unittest
+import zlib
 
 ROOT = pathlib.Path(__file__).resolve().parents[2]
 BIN = ROOT / "build" / "bin"
@@ -94,6 +96,58 @@ def qpdf_check(pdf):
     done = subprocess.run(["qpdf", "--check", pdf], capture_output=True, text=True, check=False)
     if done.returncode:
         raise AssertionError(done.stdout + done.stderr)
+
+
+def png_size(png):
+    return struct.unpack_from(">II", png, 16)
+
+
+def png_pixels(png):
+    """The rows of a picture (8 bits a channel, not interlaced) as RGB tuples; fails unless the file is whole."""
+    width, height, depth, kind, _, _, interlaced = struct.unpack_from(">IIBBBBB", png, 16)
+    if png[:8] != b"\x89PNG\r\n\x1a\n" or (depth, interlaced) != (8, 0) or kind not in (2, 6):
+        raise ValueError(f"a PNG of depth {depth}, colour type {kind}, interlace {interlaced}")
+    packed, position = b"", 8
+    while position < len(png):
+        length, name = struct.unpack_from(">I4s", png, position)
+        end = position + 8 + length
+        if zlib.crc32(png[position + 4:end]) != struct.unpack_from(">I", png, end)[0]:
+            raise ValueError("the PNG is damaged")
+        if name == b"IDAT":
+            packed += png[position + 8:end]
+        position = end + 4
+    if name != b"IEND":
+        raise ValueError("the PNG has no end")
+    data = zlib.decompress(packed)
+    step = 4 if kind == 6 else 3
+    stride = width * step
+    rows, above = [], bytes(stride)
+    for y in range(height):
+        start = y * (stride + 1)
+        above = png_row(data[start], data[start + 1:start + 1 + stride], above, step)
+        rows.append(list(zip(above[0::step], above[1::step], above[2::step])))
+    return rows
+
+
+def png_row(kind, filtered, above, step):
+    """A row as it was before each byte was reduced by what its neighbours let expect."""
+    if kind == 0:
+        return filtered
+    if kind == 2:
+        return bytes((value + up) & 255 for value, up in zip(filtered, above))
+    row = bytearray(step)  # a pixel of zeros on the left, and so in the row above
+    above = bytes(step) + above
+    for place, value in enumerate(filtered):
+        left, up, corner = row[place], above[place + step], above[place]
+        if kind == 1:
+            guess = left
+        elif kind == 3:
+            guess = (left + up) // 2
+        else:
+            middle = left + up - corner
+            guess = min((left, up, corner), key=lambda near: abs(middle - near))
+        row.append((value + guess) & 255)
+    return bytes(row[step:])
 
 
 def reg(*arguments):
