@@ -141,6 +141,8 @@ private:
             item.subject = value;
         } else if (name == L"id") {
             item.entryId = value;
+        } else if (name == L"sender") {
+            item.sender = value;
         } else if (name == L"received") {
             item.received = wcstod(value.c_str(), nullptr);
         } else if (name == L"page") {

@@ -55,6 +55,7 @@ ComPtr<IDispatch> MakeItem(const Shared& folder, size_t place) {
     AddText(members, L"MessageClass", item->messageClass);
     AddText(members, L"Subject", item->subject);
     AddText(members, L"EntryID", item->entryId);
+    AddText(members, L"SenderName", item->sender);
     if (item->received) {
         members.AddProperty(L"ReceivedTime", [folder, item](VARIANT* result) {
             result->vt = VT_DATE;

@@ -20,6 +20,7 @@ struct OutlookItem {
     std::wstring messageClass = L"IPM.Note";
     std::optional<std::wstring> subject;  // none of these: the item has no such property
     std::optional<std::wstring> entryId;
+    std::optional<std::wstring> sender;
     std::optional<DATE> received;
     std::vector<OutlookAttachment> attachments;
     std::function<void(const std::wstring& path, LONG type)> saveAs;  // throws AutomationError

@@ -14,6 +14,7 @@ lines are "name<TAB>value" with "\\\\" for a backslash and "\\n" for a line end 
   folder, folder-id   the folder's display name and entry id, once and first
   item                starts an item: the name of its .eml file; what follows belongs to it
   class, subject, id  message class, subject and entry id
+  sender              the name in From, or the address where there is no name; missing for a mail without From
   received            local time in days since 30 December 1899; missing for a mail that was never received
   page                the name of its page
   attachment, name    the name of the file with an attachment's content, and the name that the mail gives it, if any
@@ -42,12 +43,16 @@ class UsageError(Exception):
 
 # --- Headers ----------------------------------------------------------------------------------------------------------
 
+def unfolded(raw):
+    return re.sub(r"\r?\n(?=[ \t])", "", raw)
+
+
 def decoded(raw):
     """A header's value as text: continuation lines joined, encoded words decoded.
 
     Raw bytes beyond ASCII are taken for UTF-8, or else for what Western mail programs wrote.
     """
-    raw = re.sub(r"\r?\n(?=[ \t])", "", raw)
+    raw = unfolded(raw)
     try:
         raw = raw.encode("utf-8", "surrogateescape").decode("utf-8")
     except UnicodeEncodeError:
@@ -69,12 +74,24 @@ def decoded(raw):
     return text
 
 
+def raw_header(message, name):
+    """The first header of that name as it stands; None where there is none."""
+    return next((str(value) for key, value in message.raw_items() if key.lower() == name), None)
+
+
 def header(message, name):
     """The decoded value of the first header of that name; None where there is none."""
-    for key, value in message.raw_items():
-        if key.lower() == name:
-            return decoded(str(value)).strip(" \t\r\n")
-    return None
+    raw = raw_header(message, name)
+    return None if raw is None else decoded(raw).strip(" \t\r\n")
+
+
+def sender(message):
+    """The name in From, or the address where there is no name; what stands there where it is no address at all."""
+    raw = raw_header(message, "from") or ""
+    # Names are told from addresses before they are decoded: a decoded name may hold all that a header is made of.
+    first, *_ = email.utils.getaddresses([unfolded(raw)]) or [()]
+    parts = (*first, raw)
+    return next((text for text in (decoded(part).strip(" \t\r\n") for part in parts) if text), None)
 
 
 def local_time(text):
@@ -295,6 +312,9 @@ def item_lines(number, name, data, target):
     yield "class", message_class(message)
     yield "subject", header(message, "subject") or ""
     yield "id", entry_id(os.fsencode(name), data)
+    given = sender(message)
+    if given:
+        yield "sender", given
     time = received_time(message)
     if time:
         yield "received", repr((time - EPOCH) / datetime.timedelta(days=1))

@@ -370,7 +370,7 @@ class Preparation(unittest.TestCase):
         target = os.path.join(folder, "prepared")
         os.mkdir(os.path.join(folder, "Inbox"))
         for number, mail in enumerate(mails):
-            with open(os.path.join(folder, "Inbox", f"{number}.eml"), "wb") as file:
+            with open(os.path.join(folder, "Inbox", f"{number:02}.eml"), "wb") as file:
                 file.write(mail.encode("latin-1"))
         subprocess.run([sys.executable, PREPARE, os.path.join(folder, "Inbox"), target], check=True)
         with open(os.path.join(target, "folder.txt"), "rb") as file:
@@ -422,6 +422,25 @@ class Preparation(unittest.TestCase):
         }
         self.assertEqual(self.values("subject", *(f"Subject: {subject}\n\n" for subject in subjects)),
                          list(subjects.values()))
+
+    def test_SenderIsTheNameInFromOrElseTheAddress(self):
+        senders = {
+            "Ines Weber <ines@a.example>": "Ines Weber",
+            '"Weber, Ines" <ines@a.example>': "Weber, Ines",
+            "ines@a.example (Ines Weber)": "Ines Weber",
+            "ines@a.example": "ines@a.example",
+            "<ines@a.example>": "ines@a.example",
+            '"" <ines@a.example>': "ines@a.example",
+            "=?utf-8?B?w6k=?=\n =?iso-8859-1?Q?=E9?=\n <ines@a.example>": "\u00e9\u00e9",
+            "=?utf-8?Q?Weber=2C_Ines_=3Cother=40b=2Eexample=3E?= <ines@a.example>": "Weber, Ines <other@b.example>",
+            "raw \u00c3\u00a9 <ines@a.example>": "raw \u00e9",
+            "Ines Weber <ines@a.example>, Ken Tanaka <ken@b.example>": "Ines Weber",
+            "nobody in particular;": "nobody in particular;",
+        }
+        self.assertEqual(self.values("sender", *(f"From: {sender}\n\n" for sender in senders)),
+                         list(senders.values()))
+        self.assertEqual(self.values("sender", "Subject: S\n\n", "From:\n\n", "From: <>\nSender: a@b.example\n\n"),
+                         ["<>"])
 
     def test_ReceivedTimeIsThatOfTheLastHop(self):
         date = "Date: Thu, 01 Oct 2026 08:00:00 +0000\n"

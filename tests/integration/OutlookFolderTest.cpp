@@ -3,8 +3,11 @@
 
 #include <gtest/gtest.h>
 
+#include "src/automation/AutomationCalls.h"
 #include "standins/office/DynamicObject.h"
 #include "tests/support/Files.h"
+
+using Microsoft::WRL::ComPtr;
 
 namespace {
 
@@ -56,20 +59,36 @@ bool IsRefused(Save&& save) {
 TEST_F(PreparedFolder, IsReadAsItStands) {
     const OutlookFolder folder = Read(
         L"folder\tIn\\nbox\nfolder-id\tF\nitem\ta.eml\nclass\tIPM.Contact\nsubject\t\nid\t\n"
-        L"item\tb.eml\nclass\tIPM.Note\nsubject\t..\\\\a\tb\xD83D\nid\tE\nreceived\t46296.25\n"
+        L"item\tb.eml\nclass\tIPM.Note\nsubject\t..\\\\a\tb\xD83D\nid\tE\nsender\tIn\u00E9s\nreceived\t46296.25\n"
         L"attachment\t0002-1.bin\nattachment\t0002-2.bin\nname\tx\n");
     EXPECT_EQ(folder.name, L"In\nbox");
     EXPECT_EQ(folder.entryId, L"F");
     ASSERT_EQ(folder.items.size(), 2u);
     EXPECT_EQ(folder.items[0].messageClass, L"IPM.Contact");
     EXPECT_EQ(folder.items[0].subject, L"");
+    EXPECT_FALSE(folder.items[0].sender);
     EXPECT_FALSE(folder.items[0].received);
     EXPECT_EQ(folder.items[1].subject, L"..\\a\tb\xD83D");
     EXPECT_EQ(folder.items[1].entryId, L"E");
+    EXPECT_EQ(folder.items[1].sender, L"In\u00E9s");
     EXPECT_EQ(folder.items[1].received, 46296.25);
     ASSERT_EQ(folder.items[1].attachments.size(), 2u);
     EXPECT_FALSE(folder.items[1].attachments[0].fileName);
     EXPECT_EQ(folder.items[1].attachments[1].fileName, L"x");
+}
+
+TEST_F(PreparedFolder, ItemWithoutASenderHasNoSuchProperty) {
+    const ComPtr<IDispatch> outlook =
+        MakeOutlookApplication(Read(L"item\ta.eml\nitem\tb.eml\nsender\tIn\u00E9s\n"), {0, 1});
+    const ComPtr<IDispatch> explorer = GetObjectProperty(outlook.Get(), L"ActiveExplorer");
+    const ComPtr<IDispatch> selection = GetObjectProperty(explorer.Get(), L"Selection");
+    const auto sender = [&](LONG place) {
+        OwnedVariant item;
+        EXPECT_EQ(AutomationCallMethod1(selection.Get(), L"Item", &item, MakeVariantInt(place)), S_OK);
+        return GetTextProperty(TakeObject(item).Get(), L"SenderName");
+    };
+    EXPECT_EQ(sender(1), std::nullopt);
+    EXPECT_EQ(sender(2), L"In\u00E9s");
 }
 
 TEST_F(PreparedFolder, ThatIsMissingIsSaid) { EXPECT_THROW(ReadOutlookFolder(prepared_.Path()), std::runtime_error); }
