@@ -126,6 +126,20 @@ class Icons(unittest.TestCase):
             self.assertGreaterEqual(min(left, above, right, below), picture.size // 16, name)
             self.assertLessEqual(max(left + right, above + below), picture.size // 4, name)
 
+    def test_GlyphsAreCentred(self):
+        for name, picture in self.pictures():
+            left, above, right, below = picture.air()
+            self.assertEqual((left, above), (right, below), name)
+
+    def test_OnlySlopesAreSoft(self):
+        # Partly covered pixels among those that show. The first four are upright strokes but for the corners of pages
+        # and the tip of the merge sign; the plane is all slopes.
+        for number, most in {110: 0.1, 116: 0.1, 117: 0.1, 118: 0.1, 111: 0.2}.items():
+            for picture in self.icons[number]:
+                shown = [alpha for row in picture.alpha for alpha in row if alpha]
+                soft = sum(alpha < 255 for alpha in shown) / len(shown)
+                self.assertLess(soft, most, f"{number} at {picture.size}")
+
     def test_SmallGlyphsAreDrawnOnWholePixels(self):
         for name, picture in self.pictures():
             if picture.size <= 20:
@@ -137,7 +151,7 @@ class Icons(unittest.TestCase):
                       if picture.size == size]
             for (one, first), (other, second) in itertools.combinations(glyphs, 2):
                 apart = sum(abs(a - b) for row, other_row in zip(first, second) for a, b in zip(row, other_row))
-                self.assertGreater(apart / (255 * size * size), 0.03, f"{one} and {other} at {size}")
+                self.assertGreater(apart / (255 * size * size), 0.04, f"{one} and {other} at {size}")
 
 
 if __name__ == "__main__":
