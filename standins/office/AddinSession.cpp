@@ -20,17 +20,17 @@ constexpr IID ribbonControlIid = {0x000C0395, 0x0000, 0x0000, {0xC0, 0x00, 0x00,
 // The ribbon that the add-in gets in its ribbon-loaded callback.
 class RibbonUi final : public DynamicObject<IRibbonUI> {
 public:
-    explicit RibbonUi(LONG* invalidations)
-        : DynamicObject<IRibbonUI>(L"RibbonUI", {IID_IRibbonUI}), invalidations_(invalidations) {}
+    explicit RibbonUi(std::function<void()> onInvalidate)
+        : DynamicObject<IRibbonUI>(L"RibbonUI", {IID_IRibbonUI}), onInvalidate_(std::move(onInvalidate)) {}
 
     HRESULT STDMETHODCALLTYPE Invalidate() override {
-        InterlockedIncrement(invalidations_);
+        onInvalidate_();
         return S_OK;
     }
     HRESULT STDMETHODCALLTYPE InvalidateControl(BSTR) override { return S_OK; }
 
 private:
-    LONG* invalidations_;
+    const std::function<void()> onInvalidate_;
 };
 
 // The control that a callback is called for. Id is its first member, so it has DISPID 1.
@@ -72,12 +72,14 @@ std::vector<std::wstring> FindStartupAddins(const std::wstring& host) {
     return found;
 }
 
-AddinSession::AddinSession(const std::wstring& progId, IDispatch* application, const std::wstring& ribbonId)
-    : AddinSession(progId) {
+AddinSession::AddinSession(const std::wstring& progId, IDispatch* application, const std::wstring& ribbonId,
+                           std::function<void()> onInvalidate)
+    : AddinSession(progId, std::move(onInvalidate)) {
     Connect(application, ribbonId);  // throws into a whole object, which then disconnects
 }
 
-AddinSession::AddinSession(const std::wstring& progId) {
+AddinSession::AddinSession(const std::wstring& progId, std::function<void()> onInvalidate)
+    : onInvalidate_(std::move(onInvalidate)) {
     CLSID clsid = {};
     Check(CLSIDFromProgID(progId.c_str(), &clsid), L"the add-in's class is not registered");
     Check(CoCreateInstance(clsid, nullptr, CLSCTX_INPROC_SERVER, IID_IDTExtensibility2,
@@ -104,7 +106,7 @@ void AddinSession::Connect(IDispatch* application, const std::wstring& ribbonId)
     ribbon_ = ParseRibbon(markup_);
 
     if (!ribbon_.onLoad.empty()) {
-        const ComPtr<IRibbonUI> ribbonUi = Adopt(new RibbonUi(&invalidations_));
+        const ComPtr<IRibbonUI> ribbonUi = Adopt(new RibbonUi(onInvalidate_));
         VARIANT argument = ObjectArgument(ribbonUi.Get());
         Check(Call(ribbon_.onLoad, &argument, 1).result, L"the add-in refused the ribbon");
     }
@@ -130,6 +132,9 @@ CallbackResult AddinSession::Call(const std::wstring& callback, VARIANT* argumen
     OwnedVariant result;
     answer.result =
         callbacks_->Invoke(dispid, IID_NULL, LOCALE_USER_DEFAULT, DISPATCH_METHOD, &params, &result, nullptr, nullptr);
+    if (result.vt == VT_DISPATCH && result.pdispVal) {
+        result.pdispVal->QueryInterface(IID_IPicture, reinterpret_cast<void**>(answer.picture.GetAddressOf()));
+    }
     answer.pressed = result.vt == VT_BOOL && result.boolVal != VARIANT_FALSE;
     return answer;
 }

@@ -4,8 +4,10 @@
 
 #include <windows.h>
 #include <oaidl.h>
+#include <ocidl.h>
 #include <wrl/client.h>
 
+#include <functional>
 #include <string>
 #include <vector>
 
@@ -19,13 +21,17 @@ std::vector<std::wstring> FindStartupAddins(const std::wstring& host);
 // What Office would keep of a callback.
 struct CallbackResult {
     HRESULT result = S_OK;
-    bool pressed = false;  // of a getPressed callback
+    bool pressed = false;                                // of a getPressed callback
+    Microsoft::WRL::ComPtr<IPicture> picture = nullptr;  // of a getImage callback
 };
 
 class AddinSession {
 public:
-    // Loads and connects; throws std::runtime_error with the reason when the add-in refuses.
-    AddinSession(const std::wstring& progId, IDispatch* application, const std::wstring& ribbonId);
+    // Loads and connects; throws std::runtime_error with the reason when the add-in refuses. `onInvalidate` is called
+    // when the add-in asks for the ribbon to be drawn afresh, on whichever thread it does so.
+    AddinSession(
+        const std::wstring& progId, IDispatch* application, const std::wstring& ribbonId,
+        std::function<void()> onInvalidate = [] {});
     AddinSession(const AddinSession&) = delete;
     AddinSession& operator=(const AddinSession&) = delete;
     ~AddinSession();  // disconnects
@@ -33,16 +39,13 @@ public:
     const std::wstring& Markup() const { return markup_; }
     const Ribbon& GetRibbon() const { return ribbon_; }
 
-    // How often the add-in asked for the ribbon to be drawn afresh.
-    LONG Invalidations() const { return invalidations_; }
-
     CallbackResult Click(const RibbonElement& button);
     CallbackResult GetPressed(const RibbonElement& checkBox);
     CallbackResult SetPressed(const RibbonElement& checkBox, bool pressed);
     CallbackResult LoadImage(const RibbonElement& element);
 
 private:
-    explicit AddinSession(const std::wstring& progId);  // loads only
+    AddinSession(const std::wstring& progId, std::function<void()> onInvalidate);  // loads only
     void Connect(IDispatch* application, const std::wstring& ribbonId);
     CallbackResult Call(const std::wstring& callback, VARIANT* arguments, UINT count);
 
@@ -50,5 +53,5 @@ private:
     Microsoft::WRL::ComPtr<IDispatch> callbacks_;
     std::wstring markup_;
     Ribbon ribbon_;
-    LONG invalidations_ = 0;
+    std::function<void()> onInvalidate_;
 };

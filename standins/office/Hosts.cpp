@@ -10,13 +10,16 @@
 namespace {
 
 constexpr OfficeHost hosts[] = {
-    {L"Word", L".docx .doc .docm .rtf .odt ", L"Microsoft.Word.Document", L"OpusApp", MakeWordApplication},
-    {L"Excel", L".xlsx .xls .xlsm .csv .ods ", L"Microsoft.Excel.Workbook", L"XLMAIN", MakeExcelApplication},
+    {L"Word", L".docx .doc .docm .rtf .odt ", L"Microsoft.Word.Document", L"OpusApp", RGB(0x2B, 0x57, 0x9A), 100,
+     MakeWordApplication},
+    {L"Excel", L".xlsx .xls .xlsm .csv .ods ", L"Microsoft.Excel.Workbook", L"XLMAIN", RGB(0x21, 0x73, 0x46), 100,
+     MakeExcelApplication},
     {L"PowerPoint", L".pptx .ppt .pptm .odp ", L"Microsoft.PowerPoint.Presentation", L"PPTFrameClass",
-     MakePowerPointApplication},
+     RGB(0xB7, 0x47, 0x2A), 75, MakePowerPointApplication},
 };
 
-constexpr OfficeHost outlook = {L"Outlook", L"", L"Microsoft.Outlook.Explorer", L"rctrl_renwnd32", nullptr};
+constexpr OfficeHost outlook = {
+    L"Outlook", L"", L"Microsoft.Outlook.Explorer", L"rctrl_renwnd32", RGB(0x0F, 0x6C, 0xBD), 75, nullptr};
 
 }  // namespace
 

@@ -12,6 +12,8 @@ struct OfficeHost {
     const wchar_t* extensions;   // of its documents, each with its dot and a blank after it
     const wchar_t* ribbonId;     // what the ribbon of its documents, or of its main window, is called
     const wchar_t* windowClass;  // of its main window
+    COLORREF accent;             // the colour that it is recognised by
+    int zoom;                    // at which its window shows a page, in per cent
     // Null for Outlook, which has a folder instead of a document.
     Microsoft::WRL::ComPtr<IDispatch> (*makeApplication)(const std::wstring& documentPath, HWND window);
 };

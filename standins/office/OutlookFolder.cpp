@@ -146,7 +146,8 @@ private:
         } else if (name == L"received") {
             item.received = wcstod(value.c_str(), nullptr);
         } else if (name == L"page") {
-            item.saveAs = [page = path_ + L"\\" + value, number](const std::wstring& path, LONG type) {
+            item.page = path_ + L"\\" + value;
+            item.saveAs = [page = item.page, number](const std::wstring& path, LONG type) {
                 Journalled(L"saved", L"not saved", number, path, [&] { SavePage(page, path, type); });
             };
         } else if (name == L"attachment") {

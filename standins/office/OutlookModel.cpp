@@ -89,9 +89,10 @@ ComPtr<IDispatch> MakeFolder(const Shared& folder) {
 
 }  // namespace
 
-ComPtr<IDispatch> MakeOutlookApplication(OutlookFolder folder, std::vector<size_t> selected) {
+ComPtr<IDispatch> MakeOutlookApplication(OutlookFolder folder, OutlookSelection selection) {
     const auto shared = std::make_shared<const OutlookFolder>(std::move(folder));
-    const auto makeSelection = [shared, selected = std::move(selected)] {
+    const auto makeSelection = [shared, selection = std::move(selection)] {
+        const std::vector<size_t> selected = selection();
         return MakeCollection(L"Selection", selected.size(),
                               [shared, selected](size_t place) { return MakeItem(shared, selected[place]); });
     };

@@ -24,6 +24,7 @@ struct OutlookItem {
     std::optional<DATE> received;
     std::vector<OutlookAttachment> attachments;
     std::function<void(const std::wstring& path, LONG type)> saveAs;  // throws AutomationError
+    std::wstring page;  // the path of an HTML file that shows the item; empty for none
 };
 
 struct OutlookFolder {
@@ -32,6 +33,8 @@ struct OutlookFolder {
     std::vector<OutlookItem> items;
 };
 
-// Outlook showing that folder, with the items of these places (from 0) selected. As in Outlook, each way to an object
-// makes a new one.
-Microsoft::WRL::ComPtr<IDispatch> MakeOutlookApplication(OutlookFolder folder, std::vector<size_t> selected);
+// Answers the places (from 0) of the items that are selected at the moment.
+using OutlookSelection = std::function<std::vector<size_t>()>;
+
+// Outlook showing that folder. As in Outlook, each way to an object makes a new one.
+Microsoft::WRL::ComPtr<IDispatch> MakeOutlookApplication(OutlookFolder folder, OutlookSelection selection);

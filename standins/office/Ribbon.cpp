@@ -55,6 +55,7 @@ std::map<std::wstring, std::wstring> ReadAttributes(IXmlReader& reader) {
 RibbonElement MakeElement(const std::wstring& kind, std::map<std::wstring, std::wstring> attributes) {
     RibbonElement element;
     element.kind = kind;
+    element.hasSuperTip = attributes.contains(L"supertip");
     const std::pair<const wchar_t*, std::wstring*> known[] = {
         {L"id", &element.id},
         {L"label", &element.label},

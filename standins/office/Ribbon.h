@@ -9,6 +9,7 @@ struct RibbonElement {
     std::wstring id;
     std::wstring label;
     std::wstring superTip;
+    bool hasSuperTip = false;  // whether it has one, even an empty one
     std::wstring size;
     std::wstring onAction;
     std::wstring getImage;

@@ -1,13 +1,11 @@
 // The Office stand-in as a program: plays the host that opens the document, loads the add-ins that Office would load,
-// and does on their ribbon what the command line says.
+// and does on their ribbon what the command line, or a user at the window, says.
 #include <windows.h>
 #include <objbase.h>
 #include <shellapi.h>
+#include <shlwapi.h>
 #include <tlhelp32.h>
 
-#include <map>
-#include <optional>
-#include <sstream>
 #include <stdexcept>
 
 #include "src/base/Handles.h"
@@ -17,152 +15,57 @@
 #include "standins/office/DialogRobot.h"
 #include "standins/office/DynamicObject.h"
 #include "standins/office/Hosts.h"
+#include "standins/office/Options.h"
 #include "standins/office/OutlookFolder.h"
-
-using Microsoft::WRL::ComPtr;
+#include "standins/office/RibbonState.h"
+#include "standins/office/window/HostWindow.h"
+#include "standins/office/window/Mouse.h"
 
 namespace {
-
-constexpr wchar_t usage[] =
-    L"usage: office-standin.exe [--document FILE | --outlook FOLDER [--select N,M]] [ACTION]...\n"
-    L"Plays Word, Excel or PowerPoint with the document open, or Outlook with a folder of mails that prepare.py made,\n"
-    L"and loads the add-ins that are registered for it.\n"
-    L"  --select N,M    the mails that are selected, counted from 1; without it all are\n"
-    L"  --tick ID       ticks the check box\n"
-    L"  --untick ID     clears the check box\n"
-    L"  --click ID      presses the button\n"
-    L"  --save-as FILE  what the save dialog is answered with; without it the proposed name stands\n"
-    L"  --overwrite     an existing file may be replaced\n"
-    L"  --cancel        the save dialog is cancelled\n"
-    L"  --theme N       sets Office's theme and waits until the add-in has the ribbon drawn afresh\n"
-    L"  --markup        prints the ribbon's markup\n"
-    L"  --ribbon        prints the ribbon as a list\n"
-    L"Actions are done in the order given. Exit codes: 0 done, 1 failed, 2 wrong usage, 3 an object was not released.";
-
-struct UsageError : std::runtime_error {
-    using std::runtime_error::runtime_error;
-};
-
-enum class ActionKind { Tick, Untick, Click, Theme, Markup, Ribbon };
-
-struct Action {
-    ActionKind kind;
-    std::wstring id;
-};
-
-struct Options {
-    std::wstring document;
-    std::wstring mails;  // a prepared folder for Outlook
-    std::optional<std::wstring> selection;
-    SaveAnswer saveAnswer;
-    std::vector<Action> actions;
-};
-
-Options ParseOptions(const std::vector<std::wstring>& arguments) {
-    const std::map<std::wstring, ActionKind> actionsWithId = {{L"--tick", ActionKind::Tick},
-                                                              {L"--untick", ActionKind::Untick},
-                                                              {L"--click", ActionKind::Click},
-                                                              {L"--theme", ActionKind::Theme}};
-    Options options;
-    for (size_t i = 0; i < arguments.size(); ++i) {
-        const std::wstring& argument = arguments[i];
-        const auto value = [&]() -> const std::wstring& {
-            if (++i == arguments.size()) throw UsageError(Utf8(argument) + " needs a value");
-            return arguments[i];
-        };
-        if (const auto action = actionsWithId.find(argument); action != actionsWithId.end()) {
-            options.actions.push_back({action->second, value()});
-        } else if (argument == L"--document") {
-            options.document = value();
-        } else if (argument == L"--outlook") {
-            options.mails = value();
-        } else if (argument == L"--select") {
-            options.selection = value();
-        } else if (argument == L"--save-as") {
-            options.saveAnswer.path = value();
-        } else if (argument == L"--overwrite") {
-            options.saveAnswer.overwrite = true;
-        } else if (argument == L"--cancel") {
-            options.saveAnswer.cancel = true;
-        } else if (argument == L"--markup") {
-            options.actions.push_back({ActionKind::Markup, {}});
-        } else if (argument == L"--ribbon") {
-            options.actions.push_back({ActionKind::Ribbon, {}});
-        } else {
-            throw UsageError("unknown argument " + Utf8(argument));
-        }
-    }
-    return options;
-}
-
-// The host's main window.
-class MainWindow {
-public:
-    explicit MainWindow(const OfficeHost& host) {
-        WNDCLASSW windowClass = {};
-        windowClass.lpfnWndProc = DefWindowProcW;
-        windowClass.hInstance = GetModuleHandleW(nullptr);
-        windowClass.lpszClassName = host.windowClass;
-        RegisterClassW(&windowClass);
-        window_ = CreateWindowW(host.windowClass, host.name, WS_OVERLAPPEDWINDOW | WS_VISIBLE, 0, 0, 800, 600, nullptr,
-                                nullptr, windowClass.hInstance, nullptr);
-        SetForegroundWindow(window_);
-    }
-    MainWindow(const MainWindow&) = delete;
-    MainWindow& operator=(const MainWindow&) = delete;
-    ~MainWindow() { DestroyWindow(window_); }
-
-    HWND Get() const { return window_; }
-
-private:
-    HWND window_;
-};
 
 void Expect(HRESULT result, const std::wstring& what) {
     if (FAILED(result)) throw std::runtime_error(Utf8(what + L" failed: " + HexText(result)));
 }
 
-bool IsPressed(AddinSession& session, const RibbonElement& checkBox) {
-    const CallbackResult state = session.GetPressed(checkBox);
-    Expect(state.result, checkBox.id);
-    return state.pressed;
-}
+// --- What is printed ---
 
 void PrintElements(AddinSession& session, const std::vector<RibbonElement>& elements, const std::wstring& indent) {
     for (const RibbonElement& element : elements) {
         std::wstring line = indent + element.kind + L" \"" + element.label + L"\"";
-        if (!element.getPressed.empty()) line += IsPressed(session, element) ? L" [x]" : L" [ ]";
+        if (!element.getPressed.empty()) {
+            const CallbackResult state = session.GetPressed(element);
+            Expect(state.result, element.id);
+            line += state.pressed ? L" [x]" : L" [ ]";
+        }
         PrintLine(line + L"  " + element.id);
         PrintElements(session, element.children, indent + L"  ");
     }
 }
 
-// Asks for the state and the picture of everything, as Office does before it draws a ribbon.
-void DrawElements(AddinSession& session, const std::vector<RibbonElement>& elements) {
-    for (const RibbonElement& element : elements) {
-        if (!element.getPressed.empty()) IsPressed(session, element);
-        if (!element.getImage.empty()) Expect(session.LoadImage(element).result, L"the picture of " + element.id);
-        DrawElements(session, element.children);
+void PrintTexts(const HostWindow& window) {
+    for (const TextFinding& text : CheckTexts(window.GetRibbon(), window.GetLook().fonts, Width(window.ClientArea()))) {
+        PrintLine(L"text\t" + text.id + L"\t" + text.attribute + L"\t" +
+                  (text.problem.empty() ? L"fits" : text.problem) + L"\t" + text.text);
     }
 }
 
-const RibbonElement& ElementOf(const AddinSession& session, const Action& action, const wchar_t* kind) {
-    const RibbonElement* element = FindElement(session.GetRibbon(), action.id);
-    if (!element || element->kind != kind) {
-        throw std::runtime_error("the ribbon has no " + Utf8(kind) + " " + Utf8(action.id));
-    }
-    return *element;
+// An area of a window in pixels of the screen: left, top, width, height.
+std::wstring ScreenPlace(HWND window, RECT area) {
+    MapWindowPoints(window, nullptr, reinterpret_cast<POINT*>(&area), 2);
+    return std::to_wstring(area.left) + L" " + std::to_wstring(area.top) + L" " + std::to_wstring(Width(area)) + L" " +
+           std::to_wstring(Height(area));
 }
 
-void ChangeTheme(AddinSession& session, DWORD theme) {
-    const LONG before = session.Invalidations();
-    RegSetKeyValueW(HKEY_CURRENT_USER, L"Software\\Microsoft\\Office\\16.0\\Common", L"UI Theme", REG_DWORD, &theme,
-                    sizeof theme);
-    for (int waited = 0; waited < 2000 && session.Invalidations() == before; waited += 10) Sleep(10);
-    if (session.Invalidations() == before) throw std::runtime_error("the add-in did not notice the theme");
-    DrawElements(session, session.GetRibbon().tabs);
-    PrintLine(L"theme " + std::to_wstring(theme) + L": the ribbon was drawn afresh");
+void PrintPlaces(const HostWindow& window) {
+    for (const DrawnControl& drawn : window.GetRibbonView().Drawn()) {
+        std::wstring line = L"place\t" + drawn.element->id + L"\t" + drawn.element->kind + L"\t" +
+                            ScreenPlace(drawn.window, drawn.place);
+        if (!IsRectEmpty(&drawn.picture)) line += L"\t" + ScreenPlace(drawn.window, drawn.picture);
+        PrintLine(line);
+    }
 }
+
+// --- The companion ---
 
 bool IsCompanionRunning() {
     const HANDLE taken = CreateToolhelp32Snapshot(TH32CS_SNAPPROCESS, 0);
@@ -181,33 +84,82 @@ void WaitForCompanion() {
     for (int waited = 0; waited < 10000 && IsCompanionRunning(); waited += 10) Sleep(10);
 }
 
-void Do(AddinSession& session, const Action& action, const SaveAnswer& saveAnswer) {
-    switch (action.kind) {
-        case ActionKind::Tick:
-        case ActionKind::Untick: {
-            const RibbonElement& checkBox = ElementOf(session, action, L"checkBox");
-            const bool pressed = action.kind == ActionKind::Tick;
-            Expect(session.SetPressed(checkBox, pressed).result, action.id);
-            PrintLine((pressed ? L"ticked: " : L"cleared: ") + checkBox.label);
-            break;
+// --- Actions ---
+
+// Does what the command line says, with the mouse or, where the ribbon is not drawn, by calling the add-in at once.
+class User {
+public:
+    User(const Options& options, HostWindow& window, AddinSession& session, RibbonState& ribbon)
+        : options_(options), window_(window), mouse_(window), session_(session), ribbon_(ribbon) {}
+
+    void Do(const Action& action) {
+        switch (action.kind) {
+            case ActionKind::Tick: SetTicked(action.value, true); break;
+            case ActionKind::Untick: SetTicked(action.value, false); break;
+            case ActionKind::Click: Click(action.value); break;
+            case ActionKind::Theme: ChangeTheme(wcstoul(action.value.c_str(), nullptr, 10)); break;
+            case ActionKind::Markup: PrintLine(session_.Markup()); break;
+            case ActionKind::Ribbon: PrintElements(session_, session_.GetRibbon().tabs, L""); break;
+            case ActionKind::Open: mouse_.Open(Element(action.value, L"menu")); break;
+            case ActionKind::Hover: mouse_.HoverOver(Element(action.value)); break;
+            case ActionKind::Picture:
+                HandlePendingMessages();  // so that all is drawn
+                SaveImageFile(CaptureScreen(window_.ScreenArea()), action.value);
+                break;
+            case ActionKind::Texts: PrintTexts(window_); break;
+            case ActionKind::Places: PrintPlaces(window_); break;
         }
-        case ActionKind::Click: {
-            const RibbonElement& button = ElementOf(session, action, L"button");
-            WaitForCompanion();
-            PrintLine(L"clicked: " + button.label);
-            WriteJournal({L"clicked", action.id});
-            const DialogRobot robot(saveAnswer);
-            Expect(session.Click(button).result, action.id);
-            for (const SeenDialog& dialog : robot.Seen()) {
-                PrintLine((dialog.isSaveDialog ? L"save dialog proposed: " : L"message: ") + dialog.text);
-            }
-            break;
-        }
-        case ActionKind::Theme: ChangeTheme(session, wcstoul(action.id.c_str(), nullptr, 10)); break;
-        case ActionKind::Markup: PrintLine(session.Markup()); break;
-        case ActionKind::Ribbon: PrintElements(session, session.GetRibbon().tabs, L""); break;
     }
-}
+
+private:
+    // The element of that id, and of that kind unless any will do.
+    const RibbonElement& Element(const std::wstring& id, const std::wstring& kind = {}) const {
+        const RibbonElement* element = FindElement(session_.GetRibbon(), id);
+        if (!element || (!kind.empty() && element->kind != kind)) {
+            throw std::runtime_error("the ribbon has no " + Utf8(kind.empty() ? L"control" : kind) + " " + Utf8(id));
+        }
+        return *element;
+    }
+
+    HRESULT Press(const RibbonElement& element) {
+        return options_.window ? mouse_.Press(element) : ribbon_.Use(element);
+    }
+
+    void SetTicked(const std::wstring& id, bool ticked) {
+        const RibbonElement& checkBox = Element(id, L"checkBox");
+        if (ribbon_.IsTicked(checkBox) != ticked) Expect(Press(checkBox), id);
+        PrintLine((ticked ? L"ticked: " : L"cleared: ") + checkBox.label);
+    }
+
+    void Click(const std::wstring& id) {
+        const RibbonElement& button = Element(id, L"button");
+        WaitForCompanion();
+        PrintLine(L"clicked: " + button.label);
+        WriteJournal({L"clicked", id});
+        const DialogRobot robot(options_.saveAnswer);
+        Expect(Press(button), id);
+        for (const SeenDialog& dialog : robot.Seen()) {
+            PrintLine((dialog.isSaveDialog ? L"save dialog proposed: " : L"message: ") + dialog.text);
+        }
+    }
+
+    void ChangeTheme(DWORD theme) {
+        constexpr DWORD patience = 2000;                  // milliseconds
+        const bool isNew = StoredOfficeTheme() != theme;  // Wine reports a write only when it changes something
+        const int before = window_.Refreshes();
+        StoreOfficeTheme(theme);
+        if (isNew && !HandleMessagesUntil([&] { return window_.Refreshes() != before; }, patience)) {
+            throw std::runtime_error("the add-in did not notice the theme");
+        }
+        PrintLine(L"theme " + std::to_wstring(theme) + L": the ribbon was drawn afresh");
+    }
+
+    const Options& options_;
+    HostWindow& window_;
+    Mouse mouse_;
+    AddinSession& session_;
+    RibbonState& ribbon_;
+};
 
 // The full path of a file or folder that is there.
 std::wstring ExistingPath(const std::wstring& path, const char* what) {
@@ -219,47 +171,47 @@ std::wstring ExistingPath(const std::wstring& path, const char* what) {
     return full;
 }
 
-// The places, from 0, that "N,M" counts from 1; all `count` of them when there is no selection.
-std::vector<size_t> SelectedPlaces(const std::optional<std::wstring>& selection, size_t count) {
-    std::vector<size_t> places;
-    if (!selection) {
-        for (size_t place = 0; place < count; ++place) places.push_back(place);
-        return places;
+// Loads the host's add-ins and does the actions on the ribbon of each.
+void RunAddins(const Options& options, const OfficeHost& host, HostWindow& window, IDispatch* application) {
+    const std::vector<std::wstring> addins = FindStartupAddins(host.name);
+    if (addins.empty()) throw std::runtime_error("no add-in is registered for " + Utf8(host.name));
+    for (const std::wstring& progId : addins) {
+        AddinSession session(progId, application, host.ribbonId, [&window] { window.Invalidate(); });
+        PrintLine(L"add-in loaded: " + progId);
+        RibbonState ribbon(session);
+        window.ShowRibbon(&ribbon);
+        User user(options, window, session, ribbon);
+        if (options.window && !options.actions.empty()) Mouse(window).Leave();
+        for (const Action& action : options.actions) user.Do(action);
+        if (options.stay || (options.window && options.actions.empty())) HandleMessagesUntilQuit();
+        window.ShowRibbon(nullptr);
     }
-    std::wstringstream numbers(*selection);
-    for (std::wstring number; std::getline(numbers, number, L',');) {
-        const unsigned long place = wcstoul(number.c_str(), nullptr, 10);
-        if (place < 1 || place > count) throw std::runtime_error("there is no mail " + Utf8(number) + " to select");
-        places.push_back(place - 1);
-    }
-    return places;
 }
 
-ComPtr<IDispatch> StartOutlook(const Options& options) {
-    OutlookFolder folder = ReadOutlookFolder(ExistingPath(options.mails, "folder"));
-    std::vector<size_t> places = SelectedPlaces(options.selection, folder.items.size());
+void RunOutlook(const Options& options) {
+    const OutlookFolder folder = ReadOutlookFolder(ExistingPath(options.mails, "folder"));
+    const std::vector<size_t> places = SelectedPlaces(options.selection, folder.items.size());
+    HostWindow window(OutlookHost(), folder.name);
+    PrintLine(std::wstring(L"host: ") + OutlookHost().name);
     PrintLine(L"folder: " + folder.name + L", " + std::to_wstring(folder.items.size()) + L" items, " +
               std::to_wstring(places.size()) + L" selected");
-    return MakeOutlookApplication(std::move(folder), std::move(places));
+    OutlookSelection selection = [&places] { return std::vector<size_t>(places); };
+    if (options.window) {
+        window.ShowMails(folder);
+        Mouse(window).Select(places);
+        selection = [&window] { return window.Mails()->Selected(); };
+    }
+    RunAddins(options, OutlookHost(), window, MakeOutlookApplication(folder, selection).Get());
 }
 
-void Run(const Options& options) {
-    const bool isOutlook = !options.mails.empty();
+void RunDocument(const Options& options) {
     const std::wstring document = options.document.empty() ? L"" : ExistingPath(options.document, "document");
-    const OfficeHost* host = isOutlook ? &OutlookHost() : HostOfDocument(document);
+    const OfficeHost* host = HostOfDocument(document);
     if (!host) throw std::runtime_error("no host opens a document of this kind: " + Utf8(document));
-    const MainWindow window(*host);
+    HostWindow window(*host, PathFindFileNameW(document.c_str()));
     PrintLine(std::wstring(L"host: ") + host->name);
-    const ComPtr<IDispatch> application =
-        isOutlook ? StartOutlook(options) : host->makeApplication(document, window.Get());
-    const std::vector<std::wstring> addins = FindStartupAddins(host->name);
-    if (addins.empty()) throw std::runtime_error("no add-in is registered for " + Utf8(host->name));
-    for (const std::wstring& progId : addins) {
-        AddinSession session(progId, application.Get(), host->ribbonId);
-        PrintLine(L"add-in loaded: " + progId);
-        DrawElements(session, session.GetRibbon().tabs);
-        for (const Action& action : options.actions) Do(session, action, options.saveAnswer);
-    }
+    if (options.window && !document.empty()) window.ShowDocument(document);
+    RunAddins(options, *host, window, host->makeApplication(document, window.Get()).Get());
 }
 
 int ReportLiveObjects() {
@@ -277,7 +229,7 @@ int main() {
     try {
         const Options options = ParseOptions({arguments.Get() + 1, arguments.Get() + count});
         CoInitializeEx(nullptr, COINIT_APARTMENTTHREADED);
-        Run(options);
+        options.mails.empty() ? RunDocument(options) : RunOutlook(options);
         CoUninitialize();
         return ReportLiveObjects();
     } catch (const UsageError& error) {

@@ -79,7 +79,9 @@ TEST_F(PreparedFolder, IsReadAsItStands) {
 
 TEST_F(PreparedFolder, ItemWithoutASenderHasNoSuchProperty) {
     const ComPtr<IDispatch> outlook =
-        MakeOutlookApplication(Read(L"item\ta.eml\nitem\tb.eml\nsender\tIn\u00E9s\n"), {0, 1});
+        MakeOutlookApplication(Read(L"item\ta.eml\nitem\tb.eml\nsender\tIn\u00E9s\n"), [] {
+            return std::vector<size_t>{0, 1};
+        });
     const ComPtr<IDispatch> explorer = GetObjectProperty(outlook.Get(), L"ActiveExplorer");
     const ComPtr<IDispatch> selection = GetObjectProperty(explorer.Get(), L"Selection");
     const auto sender = [&](LONG place) {

@@ -118,7 +118,7 @@ void OutlookFiles::Append(const wchar_t* name, const char* text) const {
 }
 
 OutlookSession::OutlookSession(OutlookFolder folder, std::vector<size_t> selected)
-    : application_(Wrap(MakeOutlookApplication(std::move(folder), std::move(selected)), faults)) {}
+    : application_(Wrap(MakeOutlookApplication(std::move(folder), [selected] { return selected; }), faults)) {}
 
 void OutlookSession::Connect(ZOfficeAddin& addin) const {
     addin.state.host = HostOutlook;

@@ -1,0 +1,65 @@
+// The main window of the host that the stand-in plays: title row, ribbon, and what the host shows below it.
+#pragma once
+
+#include <windows.h>
+
+#include <memory>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "standins/office/Hosts.h"
+#include "standins/office/OutlookModel.h"
+#include "standins/office/RibbonState.h"
+#include "standins/office/window/Look.h"
+#include "standins/office/window/MailList.h"
+#include "standins/office/window/PageView.h"
+#include "standins/office/window/RibbonView.h"
+#include "standins/office/window/Window.h"
+
+class HostWindow final : public Window {
+public:
+    // The window is visible at once. `title` is what it shows, as "report.docx"; empty for none.
+    HostWindow(const OfficeHost& host, const std::wstring& title);
+
+    // What stands below the ribbon: the first page of a document, or a folder's mails with the one in focus beside
+    // them.
+    void ShowDocument(const std::wstring& path);
+    void ShowMails(const OutlookFolder& folder);
+
+    // Draws that ribbon, and uses it, from now on until it is taken back with null.
+    void ShowRibbon(RibbonState* state);
+
+    // The add-in asked for the ribbon to be drawn afresh. May be called on any thread; the window then asks for
+    // everything again.
+    void Invalidate() const;
+    // How often that was done.
+    int Refreshes() const { return refreshes_; }
+
+    // The result of the last use of a control with the mouse, once; nothing if there was none.
+    std::optional<HRESULT> TakeResult();
+
+    const Look& GetLook() const { return look_; }
+    const Ribbon& GetRibbon() const { return state_->GetRibbon(); }  // while one is shown
+    RibbonView& GetRibbonView() const { return *ribbon_; }
+    MailList* Mails() const { return mails_.get(); }  // null but for Outlook
+
+private:
+    LRESULT Handle(UINT message, WPARAM wParam, LPARAM lParam) override;
+    void Paint() const;
+    void Place();
+    void Refresh();
+    void Use(const RibbonElement& element);
+    void PressCaptionButton(int button) const;
+    int CaptionButtonAt(POINT at) const;  // -1 for none
+    RECT CaptionButton(int button) const;
+
+    Look look_;
+    const std::wstring title_;
+    RibbonState* state_ = nullptr;
+    std::unique_ptr<RibbonView> ribbon_;
+    std::unique_ptr<MailList> mails_;
+    std::unique_ptr<PageView> page_;
+    int refreshes_ = 0;
+    std::optional<HRESULT> result_;
+};

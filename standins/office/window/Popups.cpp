@@ -1,0 +1,98 @@
+// Menus and super tips.
+#include "standins/office/window/Popups.h"
+
+#include <windowsx.h>
+
+#include <algorithm>
+
+namespace {
+
+constexpr DWORD popupStyle = WS_POPUP;
+constexpr DWORD popupExtendedStyle = WS_EX_TOOLWINDOW | WS_EX_TOPMOST | WS_EX_NOACTIVATE;
+
+// The popup's place on the screen, moved to the left where it would not fit.
+RECT PlaceOf(POINT at, SIZE size) {
+    const int left = std::clamp<int>(at.x, 0, std::max<int>(0, GetSystemMetrics(SM_CXSCREEN) - size.cx));
+    return {left, at.y, left + size.cx, at.y + size.cy};
+}
+
+}  // namespace
+
+MenuPopup::MenuPopup(HWND owner, const RibbonElement& menu, POINT at, const RibbonState& state, const Look& look)
+    : owner_(owner), menu_(menu), state_(state), look_(look), layout_(LayOutMenu(menu, look.fonts)) {
+    Create(L"ZavoStandInMenu", menu.label.c_str(), popupStyle, popupExtendedStyle, PlaceOf(at, layout_.size), owner);
+    ShowWindow(Get(), SW_SHOWNOACTIVATE);
+}
+
+LRESULT MenuPopup::Handle(UINT message, WPARAM wParam, LPARAM lParam) {
+    switch (message) {
+        case WM_MOUSEACTIVATE: return MA_NOACTIVATE;
+        case WM_ERASEBKGND: return TRUE;
+        case WM_PAINT: Paint(); return 0;
+        case WM_MOUSEMOVE: HoverOver(ItemAt(lParam)); return 0;
+        case WM_LBUTTONDOWN:
+            HoverOver(ItemAt(lParam));
+            isPressed_ = hovered_ >= 0;
+            return 0;
+        case WM_LBUTTONUP:
+            if (isPressed_ && ItemAt(lParam) == hovered_) {
+                PostMessageW(owner_, menuItemChosen, static_cast<WPARAM>(hovered_), 0);
+            }
+            isPressed_ = false;
+            return 0;
+        default: return Window::Handle(message, wParam, lParam);
+    }
+}
+
+void MenuPopup::Paint() const {
+    const Painting painting(Get());
+    FillArea(painting.Get(), painting.Area(), look_.palette.popup);
+    FrameArea(painting.Get(), painting.Area(), look_.palette.line);
+    for (size_t i = 0; i < layout_.items.size(); ++i) {
+        const PlacedControl& item = layout_.items[i];
+        const ControlState state = static_cast<int>(i) == hovered_ ? ControlState::Hovered : ControlState::Normal;
+        DrawControl(painting.Get(), item, state, state_.Picture(*item.element), false, look_);
+    }
+}
+
+void MenuPopup::HoverOver(int item) {
+    if (item == hovered_) return;
+    hovered_ = item;
+    Redraw();
+}
+
+int MenuPopup::ItemAt(LPARAM point) const {
+    const POINT at = {GET_X_LPARAM(point), GET_Y_LPARAM(point)};
+    for (size_t i = 0; i < layout_.items.size(); ++i) {
+        if (PtInRect(&layout_.items[i].place, at)) return static_cast<int>(i);
+    }
+    return -1;
+}
+
+TipPopup::TipPopup(HWND owner, const RibbonElement& element, POINT at, const Look& look)
+    : element_(element), look_(look), layout_(LayOutTip(element, look.fonts)) {
+    Create(L"ZavoStandInTip", element.label.c_str(), popupStyle, popupExtendedStyle, PlaceOf(at, layout_.size), owner);
+    ShowWindow(Get(), SW_SHOWNOACTIVATE);
+}
+
+LRESULT TipPopup::Handle(UINT message, WPARAM wParam, LPARAM lParam) {
+    switch (message) {
+        case WM_MOUSEACTIVATE: return MA_NOACTIVATE;
+        case WM_NCHITTEST: return HTTRANSPARENT;
+        case WM_ERASEBKGND: return TRUE;
+        case WM_PAINT: Paint(); return 0;
+        default: return Window::Handle(message, wParam, lParam);
+    }
+}
+
+void TipPopup::Paint() const {
+    const Painting painting(Get());
+    FillArea(painting.Get(), painting.Area(), look_.palette.popup);
+    FrameArea(painting.Get(), painting.Area(), look_.palette.line);
+    for (const TextLine& line : layout_.heading) {
+        DrawLine(painting.Get(), line, TextStyle::Strong, look_.palette.text, look_.fonts);
+    }
+    for (const TextLine& line : layout_.lines) {
+        DrawLine(painting.Get(), line, TextStyle::Plain, look_.palette.text, look_.fonts);
+    }
+}
