@@ -7,6 +7,8 @@ ZAVO_ROOT=$(cd "$(dirname "${BASH_SOURCE[0]}")/.." && pwd)
 ZAVO_BIN=$ZAVO_ROOT/build/bin
 # What is slow to make and does not depend on the source tree is kept here, under names made from its inputs.
 ZAVO_CACHE=${ZAVO_CACHE:-${XDG_CACHE_HOME:-${HOME:?HOME is not set}/.cache}/zavo-office-addin}
+# The display of whoever called. Wine's programs see it only where a script says so.
+ZAVO_USER_DISPLAY=${DISPLAY:-}
 
 # Wine programs take an interrupt for themselves and end; the script has to end too. Its EXIT trap cleans up.
 trap 'exit 129' HUP
@@ -25,9 +27,10 @@ fail() {
 declare -A ZAVO_PACKAGES=(
     [build]="cmake ninja-build g++-mingw-w64-x86-64-posix mingw-w64-tools googletest"
     [engine]="g++ libz-mingw-w64-dev zlib1g-dev"
-    [wine]="wine wine64"
+    [wine]="wine wine64 fonts-wine"
     [render]="libreoffice-writer-nogui libreoffice-calc-nogui libreoffice-impress-nogui python3-uno poppler-utils
         fonts-liberation fonts-symbola fonts-wqy-microhei"
+    [screen]="xvfb fonts-open-sans fonts-wqy-microhei"
     [test]="qpdf"
     [corpus]="python3-pikepdf qpdf poppler-utils"
     [peers]="qpdf poppler-utils mupdf-tools pdftk-java"
@@ -120,7 +123,8 @@ windows_path() {
 }
 
 # Prints the folder of a ready prefix that others are copied from. It is made once for a version of Wine and of this
-# recipe: Windows 10, dialogs without a display, a user's folders of its own instead of links to the home folder.
+# recipe: Windows 10, dialogs without a display, fonts for those that come with Windows, with smooth edges (in grey,
+# which looks the same on every screen), a user's folders of its own instead of links to the home folder.
 wine_template() {
     local recipe key template
     recipe=$(declare -f wine_template wine_environment)
@@ -135,12 +139,35 @@ wine_template() {
             trap 'exit 130' HUP INT TERM
             export WINEPREFIX=$fresh
             local log=$ZAVO_CACHE/wine-template.log folder
+            cat >"$fresh/settings.reg" <<'END'
+REGEDIT4
+
+[HKEY_CURRENT_USER\Software\Wine\Drivers]
+"Graphics"="null"
+
+[HKEY_CURRENT_USER\Software\Wine\Fonts\Replacements]
+"Segoe UI"="Open Sans"
+"Segoe UI Semibold"="Open Sans"
+"Yu Gothic UI"="WenQuanYi Micro Hei"
+"Microsoft YaHei UI"="WenQuanYi Micro Hei"
+"Microsoft JhengHei UI"="WenQuanYi Micro Hei"
+"Malgun Gothic"="WenQuanYi Micro Hei"
+"MS UI Gothic"="WenQuanYi Micro Hei"
+
+[HKEY_CURRENT_USER\Control Panel\Desktop]
+"FontSmoothing"="2"
+"FontSmoothingType"=dword:00000001
+"FontSmoothingGamma"=dword:00000578
+"FontSmoothingOrientation"=dword:00000001
+END
             {
                 wine wineboot.exe -i &&
-                    wine reg.exe add 'HKCU\Software\Wine\Drivers' /v Graphics /d null /f &&
+                    wine reg.exe import "$(windows_path "$fresh/settings.reg")" &&
                     wine winecfg.exe /v win10 &&
                     wineserver -w
             } >"$log" 2>&1 </dev/null || fail "Wine could not make a prefix, see $log"
+            # What is on the buttons of frames is a font of Wine's, which Debian puts where Wine does not look.
+            cp /usr/share/wine/fonts/marlett.ttf "$fresh/drive_c/windows/Fonts/"
             for folder in "$fresh"/drive_c/users/*/*; do
                 if [[ -L $folder ]]; then
                     rm "$folder"
@@ -155,36 +182,94 @@ wine_template() {
     printf '%s' "$template"
 }
 
-# Makes a prefix for this run, sets WINEPREFIX to it and keeps its server alive: without a program that stays, the first
-# captured Wine call would wait for Wine's services to end. The prefix goes when the script ends.
-wine_start() {
-    local template run
-    wine_environment
-    template=$(wine_template)
+ZAVO_RUN=         # the folder of this run
+ZAVO_PREFIXES=()  # its Wine prefixes
+ZAVO_HELPERS=()   # the ids of other processes that it started
+
+# Makes the folder of this run, unless it is there. When the script ends, all that was started ends and the folder goes.
+run_start() {
+    [[ -z $ZAVO_RUN ]] || return 0
     mkdir -p "$ZAVO_CACHE/runs"
     # What killed runs left behind, and templates that nobody used for a week.
     find "$ZAVO_CACHE/runs" "$ZAVO_CACHE" -mindepth 1 -maxdepth 1 \
         \( -path '*/runs/*' -mtime +1 -o -name 'wine-template-new.*' -mtime +1 -o -name 'wine-template-*' -mtime +7 \) \
         -exec rm -rf {} + 2>/dev/null || true
-    run=$(mktemp -d "$ZAVO_CACHE/runs/XXXXXX")
-    ZAVO_RUN=$run
-    trap wine_stop EXIT
-    export WINEPREFIX=$run/prefix
-    # Files are shared with the template by hard links, but for the registry, which Wine writes in place.
-    cp -al "$template" "$WINEPREFIX"
-    rm "$WINEPREFIX"/*.reg
-    cp -p "$template"/*.reg "$WINEPREFIX"/
-    (setsid wine "$ZAVO_BIN/keepalive.exe" </dev/null >/dev/null 2>&1 &)
+    ZAVO_RUN=$(mktemp -d "$ZAVO_CACHE/runs/XXXXXX")
+    trap run_stop EXIT
 }
 
-wine_stop() {
-    if [[ -n ${ZAVO_BRIDGE_PID:-} ]]; then
-        kill "$ZAVO_BRIDGE_PID" 2>/dev/null || true
-        wait "$ZAVO_BRIDGE_PID" 2>/dev/null || true
+run_stop() {
+    local prefix
+    for prefix in "${ZAVO_PREFIXES[@]}"; do
+        WINEPREFIX=$prefix wineserver -k 2>/dev/null || true
+    done
+    if ((${#ZAVO_HELPERS[@]})); then
+        kill "${ZAVO_HELPERS[@]}" 2>/dev/null || true
+        wait "${ZAVO_HELPERS[@]}" 2>/dev/null || true
     fi
-    wineserver -k 2>/dev/null || true
     rm -rf "$ZAVO_RUN"
 }
+
+# Copies the template to that folder. Files are shared with it by hard links, but for the registry, which Wine writes in
+# place.
+wine_prefix() {
+    local template
+    template=$(wine_template)
+    cp -al "$template" "$1"
+    rm "$1"/*.reg
+    cp -p "$template"/*.reg "$1"/
+    ZAVO_PREFIXES+=("$1")
+}
+
+# Keeps a session's server alive: without a program that stays, its first captured Wine call would wait for Wine's
+# services to end.
+wine_keep_alive() { (setsid wine "$ZAVO_BIN/keepalive.exe" </dev/null >/dev/null 2>&1 &); }
+
+# Starts a Wine session for this run, without a display, and sets WINEPREFIX to its prefix.
+wine_start() {
+    wine_environment
+    run_start
+    wine_prefix "$ZAVO_RUN/prefix"
+    export WINEPREFIX=$ZAVO_RUN/prefix
+    wine_keep_alive
+}
+
+# Starts a Wine session whose windows are on a screen, WxH pixels large and seen by nobody, or with --display DISPLAY
+# on one that is there already. Sets what on_screen needs, and ZAVO_SCREEN_FRAMEBUFFER, the file in which the screen's
+# pixels are at any time, in X's window dump format; there is none of a display that was there already. A script may
+# start several.
+screen_start() {
+    local folder log tries
+    wine_environment
+    run_start
+    folder=$(mktemp -d "$ZAVO_RUN/screen.XXXXXX")
+    wine_prefix "$folder/prefix"
+    sed -i 's/^"Graphics"="null"$/"Graphics"="x11"/' "$folder/prefix/user.reg"
+    export ZAVO_SCREEN_PREFIX=$folder/prefix ZAVO_SCREEN_DISPLAY='' ZAVO_SCREEN_FRAMEBUFFER=''
+    if [[ ${1:-} == --display ]]; then
+        ZAVO_SCREEN_DISPLAY=$2
+        [[ $ZAVO_SCREEN_DISPLAY ]] || fail "there is no display: DISPLAY is not set"
+    else
+        # Nobody manages windows there, so Wine has to draw their frames itself.
+        printf '\n[Software\\\\Wine\\\\X11 Driver]\n"Managed"="N"\n' >>"$folder/prefix/user.reg"
+        log=$folder/xvfb.log
+        Xvfb -displayfd 3 -fbdir "$folder" -screen 0 "${1:-1280x900}x24" -nolisten tcp -noreset -nocursor \
+            3>"$folder/display" </dev/null >"$log" 2>&1 &
+        ZAVO_HELPERS+=($!)
+        for ((tries = 0; tries < 600; ++tries)); do
+            [[ ! -s $folder/display ]] || break
+            kill -0 "${ZAVO_HELPERS[-1]}" 2>/dev/null || break
+            sleep 0.05
+        done
+        [[ -s $folder/display ]] || { tail -n 3 "$log" >&2; fail "the screen did not start"; }
+        ZAVO_SCREEN_DISPLAY=:$(<"$folder/display")
+        ZAVO_SCREEN_FRAMEBUFFER=$folder/Xvfb_screen0
+    fi
+    on_screen wine_keep_alive
+}
+
+# Runs a command, or a function of this file, in the session that screen_start started last.
+on_screen() { WINEPREFIX=$ZAVO_SCREEN_PREFIX DISPLAY=$ZAVO_SCREEN_DISPLAY "$@"; }
 
 # Starts the helper through which the stand-ins reach LibreOffice and sets ZAVO_BRIDGE_PORT and ZAVO_BRIDGE_TOKEN, which
 # they read.
@@ -192,14 +277,14 @@ bridge_start() {
     local port_file=$ZAVO_RUN/bridge.port log=$ZAVO_RUN/bridge.log tries
     TMPDIR=$ZAVO_RUN /usr/bin/python3 "$ZAVO_ROOT/standins/bridge/bridge.py" "$port_file" "$ZAVO_RUN/libreoffice" \
         </dev/null >"$log" 2>&1 &
-    ZAVO_BRIDGE_PID=$!
+    ZAVO_HELPERS+=($!)
     for ((tries = 0; tries < 600; ++tries)); do
         if [[ -s $port_file ]]; then
             read -r ZAVO_BRIDGE_PORT ZAVO_BRIDGE_TOKEN <"$port_file" || true  # there is no line end
             export ZAVO_BRIDGE_PORT ZAVO_BRIDGE_TOKEN
             return
         fi
-        kill -0 "$ZAVO_BRIDGE_PID" 2>/dev/null || break
+        kill -0 "${ZAVO_HELPERS[-1]}" 2>/dev/null || break
         sleep 0.1
     done
     tail -n 3 "$log" >&2

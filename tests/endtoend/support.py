@@ -9,6 +9,7 @@ import subprocess
 import tempfile
 import time
 import unittest
+import unittest.mock
 import zlib
 
 ROOT = pathlib.Path(__file__).resolve().parents[2]
@@ -150,6 +151,32 @@ def png_row(kind, filtered, above, step):
     return bytes(row[step:])
 
 
+def screen_pixels(area=None):
+    """What the screen of the session with one shows now: rows of RGB tuples, of an area (left, top, width, height)."""
+    with open(os.environ["ZAVO_SCREEN_FRAMEBUFFER"], "rb") as file:
+        dump = file.read()
+    header = struct.unpack_from(">20I", dump)
+    start, depth, width, height, byte_order, bits, stride, colours = (header[i] for i in (0, 3, 4, 5, 7, 11, 12, 19))
+    masks = header[14:17]
+    if (depth, byte_order, bits, masks) != (24, 0, 32, (0xFF0000, 0xFF00, 0xFF)):
+        raise ValueError(f"a screen of depth {depth}, byte order {byte_order}, {bits} bits a pixel, masks {masks}")
+    start += 12 * colours
+    left, top, wide, high = area or (0, 0, width, height)
+    rows = []
+    for y in range(top, min(top + high, height)):
+        row = dump[start + y * stride + 4 * left:start + y * stride + 4 * min(left + wide, width)]
+        rows.append(list(zip(row[2::4], row[1::4], row[0::4])))
+    return rows
+
+
+def wait_until(condition, seconds=10):
+    """Waits until the condition holds; gives its last answer."""
+    deadline = time.monotonic() + seconds
+    while not (answer := condition()) and time.monotonic() < deadline:
+        time.sleep(0.05)
+    return answer
+
+
 def reg(*arguments):
     code, _, errors = wine("reg.exe", *arguments)
     if code:
@@ -188,6 +215,27 @@ class AddinTest(unittest.TestCase):
 
     def files(self):
         return sorted(os.listdir(self.folder))
+
+
+class ScreenTest:
+    """Has the programs of a test run in the Wine session with a screen; stands before the class that it goes with."""
+
+    @classmethod
+    def setUpClass(cls):
+        session = {"WINEPREFIX": os.environ["ZAVO_SCREEN_PREFIX"], "DISPLAY": os.environ["ZAVO_SCREEN_DISPLAY"]}
+        cls.enterClassContext(unittest.mock.patch.dict(os.environ, session))
+        super().setUpClass()
+
+    def start(self, *command, environment=None):
+        """Starts a Windows program, which is ended with the test at the latest."""
+        program = subprocess.Popen(["wine", *map(str, command)], stdin=subprocess.DEVNULL, stdout=subprocess.DEVNULL,
+                                   stderr=subprocess.DEVNULL, env=dict(os.environ, **(environment or {})))
+
+        def end():
+            program.terminate()
+            program.wait(10)
+        self.addCleanup(end)
+        return program
 
 
 class HostTest(AddinTest):

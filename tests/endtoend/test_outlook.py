@@ -10,11 +10,10 @@ import shutil
 import subprocess
 import sys
 import tempfile
-import time
 import unittest
 
-from support import (BIN, ROOT, AddinTest, pdf_attachments, pdf_outline_titles, pdf_text, qpdf_check, windows_path,
-                     wine)
+from support import (BIN, ROOT, AddinTest, pdf_attachments, pdf_outline_titles, pdf_text, qpdf_check, wait_until,
+                     windows_path, wine)
 
 MAILS = ROOT / "samples" / "mails"
 HOSTILE = ROOT / "tests" / "endtoend" / "hostile"
@@ -52,13 +51,6 @@ def word_processes():
         except OSError:  # it has just ended
             return False
     return [process for process in pathlib.Path("/proc").glob("[0-9]*") if is_word(process)]
-
-
-def wait_until(condition, seconds=10):
-    deadline = time.monotonic() + seconds
-    while not condition() and time.monotonic() < deadline:
-        time.sleep(0.05)
-    return condition()
 
 
 class OutlookTest(AddinTest):

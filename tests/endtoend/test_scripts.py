@@ -16,7 +16,7 @@ MAILS = ROOT / "samples" / "mails"
 def plain_environment():
     """The environment without the caller's Wine session, which is not the script's."""
     return {name: value for name, value in os.environ.items()
-            if not name.startswith(("WINE", "ZAVO_BRIDGE", "LC_", "LANG"))}
+            if not name.startswith(("WINE", "ZAVO_BRIDGE", "ZAVO_SCREEN", "LC_", "LANG"))}
 
 
 def run(script, *arguments, cwd="/"):
