@@ -30,7 +30,7 @@ declare -A ZAVO_PACKAGES=(
     [wine]="wine wine64 fonts-wine"
     [render]="libreoffice-writer-nogui libreoffice-calc-nogui libreoffice-impress-nogui python3-uno poppler-utils
         fonts-liberation fonts-symbola fonts-wqy-microhei"
-    [screen]="xvfb fonts-open-sans fonts-wqy-microhei"
+    [screen]="xvfb fonts-noto-core fonts-wqy-microhei"
     [test]="qpdf"
     [corpus]="python3-pikepdf qpdf poppler-utils"
     [peers]="qpdf poppler-utils mupdf-tools pdftk-java"
@@ -146,8 +146,7 @@ REGEDIT4
 "Graphics"="null"
 
 [HKEY_CURRENT_USER\Software\Wine\Fonts\Replacements]
-"Segoe UI"="Open Sans"
-"Segoe UI Semibold"="Open Sans"
+"Segoe UI"="Noto Sans"
 "Yu Gothic UI"="WenQuanYi Micro Hei"
 "Microsoft YaHei UI"="WenQuanYi Micro Hei"
 "Microsoft JhengHei UI"="WenQuanYi Micro Hei"
@@ -163,6 +162,8 @@ END
             {
                 wine wineboot.exe -i &&
                     wine reg.exe import "$(windows_path "$fresh/settings.reg")" &&
+                    wine reg.exe add 'HKLM\Software\Microsoft\Windows NT\CurrentVersion\FontLink\SystemLink' /f \
+                        /v 'Noto Sans Regular' /t REG_MULTI_SZ /d 'wqy-microhei.ttc,WenQuanYi Micro Hei' &&
                     wine winecfg.exe /v win10 &&
                     wineserver -w
             } >"$log" 2>&1 </dev/null || fail "Wine could not make a prefix, see $log"

@@ -274,3 +274,19 @@ class HostTest(AddinTest):
             return []
         with open(self.mail_log, encoding="utf-8") as file:
             return file.read().splitlines()
+
+
+class ExcelDocument:
+    """What makes a HostTest one of Excel."""
+
+    SAMPLE = "budget.fods"
+    FILTER = "Calc MS Excel 2007 XML"
+    EXTENSION = ".xlsx"
+
+
+class PowerPointDocument:
+    """What makes a HostTest one of PowerPoint."""
+
+    SAMPLE = "talk.fodp"
+    FILTER = "Impress MS PowerPoint 2007 XML"
+    EXTENSION = ".pptx"

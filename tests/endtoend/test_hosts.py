@@ -1,14 +1,10 @@
 """Create PDF in Excel and PowerPoint, on real documents."""
 import unittest
 
-from support import HostTest, pdf_info, pdf_is_pdfa, pdf_text, windows_path
+from support import (ExcelDocument, HostTest, PowerPointDocument, pdf_info, pdf_is_pdfa, pdf_text, windows_path)
 
 
-class Excel(HostTest):
-    SAMPLE = "budget.fods"
-    FILTER = "Calc MS Excel 2007 XML"
-    EXTENSION = ".xlsx"
-
+class Excel(ExcelDocument, HostTest):
     def test_PdfHoldsTheTextOfEverySheet(self):
         out = self.create_pdf()
         self.assertIn("host: Excel\n", out)
@@ -33,11 +29,7 @@ class Excel(HostTest):
         self.assertIn(f" path=[{windows_path(self.pdf)}] name=[report] ", self.mails()[0])
 
 
-class PowerPoint(HostTest):
-    SAMPLE = "talk.fodp"
-    FILTER = "Impress MS PowerPoint 2007 XML"
-    EXTENSION = ".pptx"
-
+class PowerPoint(PowerPointDocument, HostTest):
     def test_PdfHoldsTheTextOfEverySlide(self):
         out = self.create_pdf()
         self.assertIn("host: PowerPoint\n", out)

@@ -101,9 +101,11 @@ class OutlookTest(AddinTest):
     def sample_paths(self, *numbers):
         return [next(MAILS.glob(f"{number:02}-*.eml")) for number in numbers]
 
-    def click(self, *buttons, select=None):
-        """Clicks in one session of Outlook; gives what it printed."""
+    def click(self, *buttons, select=None, window=False):
+        """Clicks in one session of Outlook, in its window if there is to be one; gives what it printed."""
         arguments = ["--outlook", windows_path(self.prepared)]
+        if window:
+            arguments.append("--window")
         if select:
             arguments += ["--select", ",".join(map(str, select))]
         for button in buttons:

@@ -63,7 +63,7 @@ void Mouse::HoverOver(const RibbonElement& element) {
     }
 }
 
-void Mouse::Select(const std::vector<size_t>& places) {
+void Mouse::Select(std::vector<size_t> places) {
     MailList* mails = window_.Mails();
     if (!mails) throw std::runtime_error("there are no mails to select");
     WPARAM keys = 0;  // the first click clears what was selected, the others add to it
@@ -71,6 +71,7 @@ void Mouse::Select(const std::vector<size_t>& places) {
         Click(mails->List(), mails->ShowItem(place), keys);
         keys = MK_CONTROL;
     }
+    std::sort(places.begin(), places.end());
     if (mails->Selected() != places) throw std::runtime_error("other mails are selected");
 }
 

@@ -23,7 +23,7 @@ public:
     void HoverOver(const RibbonElement& element);
 
     // Selects these mails of the list, and no others.
-    void Select(const std::vector<size_t>& places);
+    void Select(std::vector<size_t> places);
 
     // Goes where nothing happens, and closes what is open.
     void Leave();
