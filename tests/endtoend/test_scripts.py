@@ -16,7 +16,7 @@ MAILS = ROOT / "samples" / "mails"
 def plain_environment():
     """The environment without the caller's Wine session, which is not the script's."""
     return {name: value for name, value in os.environ.items()
-            if not name.startswith(("WINE", "ZAVO_BRIDGE", "ZAVO_SCREEN", "LC_", "LANG"))}
+            if not name.startswith(("WINE", "ZAVO_BRIDGE", "ZAVO_SCREEN", "LC_", "LANG", "DISPLAY"))}
 
 
 def run(script, *arguments, cwd="/"):
@@ -54,6 +54,8 @@ class Scripts(unittest.TestCase):
                                 (("demo", "--outlook", MAILS, "--out", ROOT / "docs"), "docs is not empty"),
                                 (("demo", "--outlook", MAILS, "--send"), "--outlook goes with --select, --click"),
                                 (("demo", "--select", "1"), "--select and --click need --outlook"),
+                                (("demo", "--window", "--send"), "--window goes with a FILE, or with --outlook"),
+                                (("demo", "--window"), "--window needs a display, and DISPLAY is not set"),
                                 (("test", "--what"), "unknown option --what"),
                                 (("build", "--what"), "unknown option --what"),
                                 (("make-icons", "--what"), "unknown option --what"),

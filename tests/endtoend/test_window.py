@@ -4,8 +4,9 @@ import re
 import time
 import unittest
 
-from support import (BIN, ExcelDocument, HostTest, PowerPointDocument, ScreenTest, pdf_attachment_names, pdf_info,
-                     pdf_is_pdfa, pdf_outline_titles, pdf_text, reg, screen_pixels, wait_until, windows_path, wine)
+from support import (BIN, ExcelDocument, HostTest, PowerPointDocument, ScreenTest, pdf_attachment_names,
+                     pdf_info, pdf_is_pdfa, pdf_outline_titles, pdf_text, reg, screen_pixels, wait_until, windows_path,
+                     wine)
 from test_icons import icon_groups, read_icon
 from test_outlook import BUTTONS, OutlookTest
 
