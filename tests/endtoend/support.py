@@ -35,6 +35,19 @@ def wine(*command, environment=None):
         return done.returncode, out.read().decode("utf-8", "replace"), "\n".join(errors)
 
 
+def plain_environment():
+    """The environment without the caller's Wine sessions, which are not a script's."""
+    return {name: value for name, value in os.environ.items()
+            if not name.startswith(("WINE", "ZAVO_BRIDGE", "ZAVO_SCREEN", "LC_", "LANG", "DISPLAY"))}
+
+
+def run_script(script, *arguments, cwd="/"):
+    """Runs one of scripts/ as a user does; gives its exit code, its output and its error output."""
+    done = subprocess.run([ROOT / "scripts" / script, *arguments], cwd=cwd, env=plain_environment(),
+                          stdin=subprocess.DEVNULL, capture_output=True, text=True, timeout=300, check=False)
+    return done.returncode, done.stdout, done.stderr
+
+
 def ask_bridge(**request):
     """One request to the bridge; gives the answer's value."""
     with socket.create_connection(("127.0.0.1", int(os.environ["ZAVO_BRIDGE_PORT"])), timeout=100) as connection:
@@ -103,8 +116,11 @@ def png_size(png):
     return struct.unpack_from(">II", png, 16)
 
 
-def png_pixels(png):
-    """The rows of a picture (8 bits a channel, not interlaced) as RGB tuples; fails unless the file is whole."""
+def png_pixels(png, rows_wanted=None):
+    """The rows of a picture (8 bits a channel, not interlaced) as RGB tuples, all or the first ones.
+
+    Fails unless the file is whole.
+    """
     width, height, depth, kind, _, _, interlaced = struct.unpack_from(">IIBBBBB", png, 16)
     if png[:8] != b"\x89PNG\r\n\x1a\n" or (depth, interlaced) != (8, 0) or kind not in (2, 6):
         raise ValueError(f"a PNG of depth {depth}, colour type {kind}, interlace {interlaced}")
@@ -123,7 +139,7 @@ def png_pixels(png):
     step = 4 if kind == 6 else 3
     stride = width * step
     rows, above = [], bytes(stride)
-    for y in range(height):
+    for y in range(min(height, rows_wanted or height)):
         start = y * (stride + 1)
         above = png_row(data[start], data[start + 1:start + 1 + stride], above, step)
         rows.append(list(zip(above[0::step], above[1::step], above[2::step])))

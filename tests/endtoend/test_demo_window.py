@@ -5,8 +5,7 @@ import subprocess
 import tempfile
 import unittest
 
-from support import ROOT, HostTest, ScreenTest, screen_pixels, wait_until, wine
-from test_scripts import plain_environment
+from support import ROOT, HostTest, ScreenTest, plain_environment, screen_pixels, wait_until, wine
 from test_window import picture_areas, shows
 
 

@@ -8,21 +8,9 @@ import tempfile
 import time
 import unittest
 
-from support import ROOT, ask_bridge, pdf_outline_titles, pdf_text
+from support import ROOT, ask_bridge, pdf_outline_titles, pdf_text, plain_environment, run_script
 
 MAILS = ROOT / "samples" / "mails"
-
-
-def plain_environment():
-    """The environment without the caller's Wine session, which is not the script's."""
-    return {name: value for name, value in os.environ.items()
-            if not name.startswith(("WINE", "ZAVO_BRIDGE", "ZAVO_SCREEN", "LC_", "LANG", "DISPLAY"))}
-
-
-def run(script, *arguments, cwd="/"):
-    done = subprocess.run([ROOT / "scripts" / script, *arguments], cwd=cwd, env=plain_environment(),
-                          stdin=subprocess.DEVNULL, capture_output=True, text=True, timeout=300, check=False)
-    return done.returncode, done.stdout, done.stderr
 
 
 class Scripts(unittest.TestCase):
@@ -31,8 +19,8 @@ class Scripts(unittest.TestCase):
         self.addCleanup(shutil.rmtree, self.folder)
 
     def test_HelpExplainsItself(self):
-        for script in ("demo", "test", "build", "lint", "make-icons"):
-            code, out, _ = run(script, "--help")
+        for script in ("demo", "gallery", "test", "build", "lint", "make-icons"):
+            code, out, _ = run_script(script, "--help")
             self.assertEqual(code, 0, script)
             self.assertIn(f"Usage: scripts/{script}", out)
 
@@ -56,11 +44,20 @@ class Scripts(unittest.TestCase):
                                 (("demo", "--select", "1"), "--select and --click need --outlook"),
                                 (("demo", "--window", "--send"), "--window goes with a FILE, or with --outlook"),
                                 (("demo", "--window"), "--window needs a display, and DISPLAY is not set"),
+                                (("gallery", "--what"), "unknown option --what"),
+                                (("gallery", "--language"), "--language needs a language"),
+                                (("gallery", "--language", "xx"), "there is no language xx"),
+                                (("gallery", "--host"), "--host needs the name of a host"),
+                                (("gallery", "--host", "word excel"), "there is no host word excel"),
+                                (("gallery", "--out"), "--out needs a folder"),
+                                (("gallery", "--out", "/etc/hostname"), "--out names a file, not a folder"),
+                                (("gallery", "--out", "/no/such/folder"), "no such folder: /no/such"),
+                                (("gallery", "--out", ROOT / "docs"), "docs is not empty"),
                                 (("test", "--what"), "unknown option --what"),
                                 (("build", "--what"), "unknown option --what"),
                                 (("make-icons", "--what"), "unknown option --what"),
                                 (("make-icons", "--sheet"), "--sheet needs a FILE")):
-            code, out, errors = run(*arguments)
+            code, out, errors = run_script(*arguments)
             self.assertEqual((code, out), (1, ""), arguments)
             self.assertEqual(len(errors.splitlines()), 1, errors)
             self.assertIn(said, errors)
@@ -70,8 +67,8 @@ class Scripts(unittest.TestCase):
         target = os.path.join(self.folder, "out file.pdf")
         ask_bridge(command="convert", source=str(ROOT / "samples" / "project-report.fodt"), target=document,
                    filter="MS Word 2007 XML")
-        code, out, errors = run("demo", "my plan.docx", "--out", "out file.pdf", "--untick",
-                                "CheckBox_ID_CreateBookmarks", cwd=self.folder)
+        code, out, errors = run_script("demo", "my plan.docx", "--out", "out file.pdf", "--untick",
+                                       "CheckBox_ID_CreateBookmarks", cwd=self.folder)
         self.assertEqual(code, 0, out + errors)
         self.assertIn(f"PDF:       {target}\n", out)
         self.assertIn("Companion: started as: [", out)
@@ -83,8 +80,9 @@ class Scripts(unittest.TestCase):
         os.mkdir(mails)
         for number in (1, 2, 9):
             shutil.copy(next(MAILS.glob(f"{number:02}-*.eml")), mails)
-        code, out, errors = run("demo", "--outlook", "my mails", "--select", "3,2", "--click", "Button_ID_OpenFromMail",
-                                "--click", "Button_ID_CreateByMail", "--out", "results", cwd=self.folder)
+        code, out, errors = run_script("demo", "--outlook", "my mails", "--select", "3,2", "--click",
+                                       "Button_ID_OpenFromMail", "--click", "Button_ID_CreateByMail", "--out",
+                                       "results", cwd=self.folder)
         self.assertEqual(code, 0, out + errors)
         results = pathlib.Path(self.folder, "results")
         (pdf,) = results.glob("Create/*/*.pdf")
@@ -103,7 +101,7 @@ class Scripts(unittest.TestCase):
         with open(target, "w", encoding="ascii") as file:
             file.write("precious")
         for arguments in (("--out", target), ("--out", target[:-4])):
-            code, _, errors = run("demo", *arguments)
+            code, _, errors = run_script("demo", *arguments)
             self.assertEqual(code, 1)
             self.assertIn("precious.pdf exists; name another with --out or say --overwrite", errors)
         with open(target, encoding="ascii") as file:
@@ -116,7 +114,7 @@ class Scripts(unittest.TestCase):
         target = os.path.join(self.folder, "broken.pdf")
         with open(target, "w", encoding="ascii") as file:
             file.write("old")
-        code, out, errors = run("demo", document, "--overwrite")
+        code, out, errors = run_script("demo", document, "--overwrite")
         self.assertEqual(code, 1)
         self.assertIn("the host could not export: ", out)
         self.assertTrue(errors.endswith("demo: no PDF came of it\n"), errors)
@@ -150,7 +148,7 @@ class Scripts(unittest.TestCase):
         document = os.path.join(self.folder, "a:b.docx")
         with open(document, "w", encoding="ascii"):
             pass
-        code, _, errors = run("demo", document)
+        code, _, errors = run_script("demo", document)
         self.assertEqual(code, 1)
         self.assertIn("Windows cannot open a path with one of", errors)
 
@@ -160,7 +158,7 @@ class Scripts(unittest.TestCase):
         ask_bridge(command="convert", source=str(ROOT / "samples" / "project-report.fodt"),
                    target=os.path.join(folder, "real.docx"), filter="MS Word 2007 XML")
         os.symlink(os.path.join(folder, "real.docx"), os.path.join(self.folder, "link.docx"))
-        code, out, errors = run("demo", os.path.join(self.folder, "link.docx"))
+        code, out, errors = run_script("demo", os.path.join(self.folder, "link.docx"))
         self.assertEqual(code, 0, out + errors)
         self.assertIn("Harbour bridge", pdf_text(os.path.join(self.folder, "link.pdf")))
 
@@ -169,7 +167,7 @@ class Scripts(unittest.TestCase):
         for name in (document, os.path.join(self.folder, "plan.pdf")):
             with open(name, "w", encoding="ascii") as file:
                 file.write("precious")
-        code, _, errors = run("demo", document)
+        code, _, errors = run_script("demo", document)
         self.assertEqual(code, 1)
         self.assertIn("plan.pdf exists; name another with --out or say --overwrite", errors)
         with open(os.path.join(self.folder, "plan.pdf"), encoding="ascii") as file:
