@@ -1,8 +1,9 @@
 """The Wine session with a screen: what its programs show can be seen."""
 import os
+import pathlib
 import unittest
 
-from support import HostTest, ScreenTest, pdf_text, screen_pixels, wait_until, windows_path
+from support import HostTest, ScreenTest, pdf_text, png_pixels, reg, screen_pixels, wait_until, windows_path
 
 
 class Desktop(ScreenTest, HostTest):
@@ -40,6 +41,35 @@ class Desktop(ScreenTest, HostTest):
         self.create_pdf()
         self.assertIn("Harbour bridge", pdf_text(self.pdf))
         self.assertIn(windows_path(self.pdf), self.companion_report())
+
+
+class Glyphs(ScreenTest, HostTest):
+    FONTS = r"HKCU\Software\Wine\Fonts\Replacements"
+
+    def draw(self, name):
+        """What is found about the texts of a Japanese ribbon, and its pixels."""
+        locales = os.path.join(self.folder, "locales")
+        if not os.path.exists(locales):
+            os.mkdir(locales)
+            os.symlink("/usr/lib/locale/C.utf8", os.path.join(locales, "ja_JP.UTF-8"))
+        picture = pathlib.Path(self.folder, name)
+        out = self.host("--window", "--picture", windows_path(picture), "--texts", LOCPATH=locales,
+                        LC_MESSAGES="ja_JP.UTF-8")
+        texts = [line.split("\t") for line in out.splitlines() if line.startswith("text\t")]
+        return {(control, attribute): finding for _, control, attribute, finding, _ in texts}, \
+            png_pixels(picture.read_bytes(), 156)
+
+    def test_GlyphsThatTheFontLacksAreFound(self):
+        found, pixels = self.draw("font.png")
+        self.assertEqual([finding for finding in found.values() if "no glyph" in finding], [])
+        reg("delete", self.FONTS, "/v", "Yu Gothic UI", "/f")
+        self.addCleanup(reg, "add", self.FONTS, "/v", "Yu Gothic UI", "/d", "WenQuanYi Micro Hei", "/f")
+        without, boxes = self.draw("boxes.png")
+        self.assertIn("no glyph: U+3092 U+4F5C U+6210", without["BUTTON_ID_CREATE", "label"])
+        self.assertIn("fits", without["ZAVO_Tab", "label"])
+        self.assertEqual({key for key, finding in without.items() if "no glyph" not in finding},
+                         {("ZAVO_Tab", "label")})
+        self.assertNotEqual(boxes, pixels)
 
 
 if __name__ == "__main__":
