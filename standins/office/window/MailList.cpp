@@ -77,7 +77,7 @@ RECT MailList::ShowItem(size_t place) {
 
 void MailList::Refresh() {
     background_ = GdiObject(CreateSolidBrush(look_.palette.list));
-    InvalidateRect(list_, nullptr, TRUE);
+    RedrawWindow(Get(), nullptr, nullptr, RDW_INVALIDATE | RDW_ERASE | RDW_ALLCHILDREN);
 }
 
 LRESULT MailList::Handle(UINT message, WPARAM wParam, LPARAM lParam) {
