@@ -179,12 +179,11 @@ void RunAddins(const Options& options, const OfficeHost& host, HostWindow& windo
         AddinSession session(progId, application, host.ribbonId, [&window] { window.Invalidate(); });
         PrintLine(L"add-in loaded: " + progId);
         RibbonState ribbon(session);
-        window.ShowRibbon(&ribbon);
+        const ShownRibbon shown(window, ribbon);
         User user(options, window, session, ribbon);
         if (options.window && !options.actions.empty()) Mouse(window).Leave();
         for (const Action& action : options.actions) user.Do(action);
         if (options.stay || (options.window && options.actions.empty())) HandleMessagesUntilQuit();
-        window.ShowRibbon(nullptr);
     }
 }
 

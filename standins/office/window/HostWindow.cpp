@@ -20,7 +20,6 @@ constexpr UINT invalidated = WM_APP;
 
 // The buttons at the right end of the title row, from there to the left.
 constexpr UINT_PTR captionCommands[] = {SC_CLOSE, SC_MAXIMIZE, SC_MINIMIZE};
-constexpr int noButton = -1;
 
 // The sign on a button of the title row: a cross, a square, or a line.
 void DrawCaptionSign(HDC dc, UINT_PTR command, const RECT& area, COLORREF colour) {
@@ -28,6 +27,17 @@ void DrawCaptionSign(HDC dc, UINT_PTR command, const RECT& area, COLORREF colour
     const int middle = (area.top + area.bottom) / 2;
     if (command == SC_MINIMIZE) return FillArea(dc, {area.left, middle, area.right, middle + 1}, colour);
     DrawCross(dc, area, colour);
+}
+
+// Wine grabs the mouse for a window without a frame that fills the screen, and lets go of it only after a grab for
+// another area than the whole screen. Without that a window that was maximised once gets no clicks after it was moved.
+void ReleaseMouse() {
+    const int left = GetSystemMetrics(SM_XVIRTUALSCREEN);
+    const int top = GetSystemMetrics(SM_YVIRTUALSCREEN);
+    const RECT almostAll = {left, top, left + GetSystemMetrics(SM_CXVIRTUALSCREEN) - 1,
+                            top + GetSystemMetrics(SM_CYVIRTUALSCREEN)};
+    ClipCursor(&almostAll);
+    ClipCursor(nullptr);
 }
 
 }  // namespace
@@ -71,7 +81,10 @@ LRESULT HostWindow::Handle(UINT message, WPARAM wParam, LPARAM lParam) {
     switch (message) {
         case WM_ERASEBKGND: return TRUE;
         case WM_PAINT: Paint(); return 0;
-        case WM_SIZE: Place(); return 0;
+        case WM_SIZE:
+            if (wParam == SIZE_RESTORED) ReleaseMouse();
+            Place();
+            return 0;
         case WM_CLOSE: PostQuitMessage(0); return 0;
         case WM_NCHITTEST: {
             POINT at = {GET_X_LPARAM(lParam), GET_Y_LPARAM(lParam)};
@@ -79,8 +92,15 @@ LRESULT HostWindow::Handle(UINT message, WPARAM wParam, LPARAM lParam) {
             const bool isTitle = at.y < look_.fonts.Scaled(titleHeight);
             return isTitle && CaptionButtonAt(at) == noButton ? HTCAPTION : HTCLIENT;
         }
-        case WM_LBUTTONUP: PressCaptionButton(CaptionButtonAt({GET_X_LPARAM(lParam), GET_Y_LPARAM(lParam)})); return 0;
-        case WM_PARENTNOTIFY:  // a click beside an open menu closes it
+        case WM_LBUTTONDOWN:
+            ribbon_->CloseMenu();
+            pressedButton_ = CaptionButtonAt({GET_X_LPARAM(lParam), GET_Y_LPARAM(lParam)});
+            if (pressedButton_ != noButton) SetCapture(Get());
+            return 0;
+        case WM_LBUTTONUP: ReleaseCaptionButton({GET_X_LPARAM(lParam), GET_Y_LPARAM(lParam)}); return 0;
+        case WM_CAPTURECHANGED: pressedButton_ = noButton; return 0;
+        case WM_NCLBUTTONDOWN: ribbon_->CloseMenu(); return Window::Handle(message, wParam, lParam);
+        case WM_PARENTNOTIFY:  // a click on what is below the ribbon closes an open menu, too
             if (LOWORD(wParam) == WM_LBUTTONDOWN &&
                 GET_Y_LPARAM(lParam) > ribbon_->ClientArea().bottom + look_.fonts.Scaled(titleHeight)) {
                 ribbon_->CloseMenu();
@@ -143,12 +163,17 @@ void HostWindow::Refresh() {
 }
 
 void HostWindow::Use(const RibbonElement& element) {
+    const HCURSOR before = SetCursor(LoadCursorW(nullptr, IDC_WAIT));  // mails take a second each
     result_ = state_->Use(element);
+    SetCursor(before);
     ribbon_->Refresh();
 }
 
-void HostWindow::PressCaptionButton(int button) const {
+void HostWindow::ReleaseCaptionButton(POINT at) {
+    const int button = std::exchange(pressedButton_, noButton);
     if (button == noButton) return;
+    ReleaseCapture();
+    if (CaptionButtonAt(at) != button) return;
     const UINT_PTR command =
         captionCommands[button] == SC_MAXIMIZE && IsZoomed(Get()) ? SC_RESTORE : captionCommands[button];
     PostMessageW(Get(), WM_SYSCOMMAND, command, 0);

@@ -50,9 +50,11 @@ private:
     void Place();
     void Refresh();
     void Use(const RibbonElement& element);
-    void PressCaptionButton(int button) const;
-    int CaptionButtonAt(POINT at) const;  // -1 for none
+    void ReleaseCaptionButton(POINT at);
+    int CaptionButtonAt(POINT at) const;
     RECT CaptionButton(int button) const;
+
+    static constexpr int noButton = -1;
 
     Look look_;
     const std::wstring title_;
@@ -61,5 +63,18 @@ private:
     std::unique_ptr<MailList> mails_;
     std::unique_ptr<PageView> page_;
     int refreshes_ = 0;
+    int pressedButton_ = noButton;  // of the title row
     std::optional<HRESULT> result_;
+};
+
+// A ribbon that is drawn and used in a window for the length of a scope.
+class ShownRibbon {
+public:
+    ShownRibbon(HostWindow& window, RibbonState& state) : window_(window) { window_.ShowRibbon(&state); }
+    ShownRibbon(const ShownRibbon&) = delete;
+    ShownRibbon& operator=(const ShownRibbon&) = delete;
+    ~ShownRibbon() { window_.ShowRibbon(nullptr); }
+
+private:
+    HostWindow& window_;
 };

@@ -10,9 +10,12 @@ namespace {
 constexpr DWORD popupStyle = WS_POPUP;
 constexpr DWORD popupExtendedStyle = WS_EX_TOOLWINDOW | WS_EX_TOPMOST | WS_EX_NOACTIVATE;
 
-// The popup's place on the screen, moved to the left where it would not fit.
+// The popup's place on the monitor of that point, moved to the left where it would not fit.
 RECT PlaceOf(POINT at, SIZE size) {
-    const int left = std::clamp<int>(at.x, 0, std::max<int>(0, GetSystemMetrics(SM_CXSCREEN) - size.cx));
+    MONITORINFO monitor = {};
+    monitor.cbSize = sizeof monitor;
+    GetMonitorInfoW(MonitorFromPoint(at, MONITOR_DEFAULTTONEAREST), &monitor);
+    const LONG left = std::max(monitor.rcMonitor.left, std::min(at.x, monitor.rcMonitor.right - size.cx));
     return {left, at.y, left + size.cx, at.y + size.cy};
 }
 
@@ -30,6 +33,7 @@ LRESULT MenuPopup::Handle(UINT message, WPARAM wParam, LPARAM lParam) {
         case WM_ERASEBKGND: return TRUE;
         case WM_PAINT: Paint(); return 0;
         case WM_MOUSEMOVE: HoverOver(ItemAt(lParam)); return 0;
+        case WM_MOUSELEAVE: HoverOver(-1); return 0;
         case WM_LBUTTONDOWN:
             HoverOver(ItemAt(lParam));
             isPressed_ = hovered_ >= 0;
@@ -58,6 +62,8 @@ void MenuPopup::Paint() const {
 void MenuPopup::HoverOver(int item) {
     if (item == hovered_) return;
     hovered_ = item;
+    TRACKMOUSEEVENT track = {sizeof track, TME_LEAVE, Get(), 0};
+    if (item >= 0) TrackMouseEvent(&track);
     Redraw();
 }
 
