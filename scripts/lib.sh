@@ -31,7 +31,7 @@ declare -A ZAVO_PACKAGES=(
     [render]="libreoffice-writer-nogui libreoffice-calc-nogui libreoffice-impress-nogui python3-uno poppler-utils
         fonts-liberation fonts-symbola fonts-wqy-microhei"
     [screen]="xvfb fonts-noto-core fonts-wqy-microhei"
-    [test]="qpdf"
+    [test]="qpdf xdotool"
     [corpus]="python3-pikepdf qpdf poppler-utils"
     [peers]="qpdf poppler-utils mupdf-tools pdftk-java"
     [fuzzer]="clang-14 libclang-rt-14-dev"

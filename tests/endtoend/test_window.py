@@ -1,6 +1,7 @@
 """The drawn ribbon: pressed with the mouse it does what the console host does, and it follows Office's theme."""
 import os
 import re
+import subprocess
 import time
 import unittest
 
@@ -204,8 +205,10 @@ class Seen(ScreenTest):
         arguments = [BIN / "office-standin.exe", "--window", *self.shown(), *actions, "--places"]
         code, out, errors = wine(*arguments)
         self.assertEqual((code, errors), (0, ""), out)
-        areas = {control: area for control, area in picture_areas(out).items() if control in ICONS}
-        self.window = self.start(*arguments, "--stay")
+        self.places = picture_areas(out)
+        areas = {control: area for control, area in self.places.items() if control in ICONS}
+        self.window = self.start(*arguments, "--stay",
+                                 environment={"ZAVO_COMPANION_LOG": windows_path(self.companion_log)})
         self.assert_shown(areas, dark=False, seconds=10)
         return areas
 
@@ -269,7 +272,7 @@ class SeenInPowerPoint(PowerPointDocument, SeenInDocument):
         self.assertEqual(len(self.check_themes()), 2)
 
 
-class SeenInOutlook(Seen, OutlookTest):
+class SeenMails(Seen, OutlookTest):
     def setUp(self):
         super().setUp()
         self.prepare(*self.sample_paths(1, 2, 4, 9))
@@ -277,6 +280,8 @@ class SeenInOutlook(Seen, OutlookTest):
     def shown(self):
         return "--outlook", windows_path(self.prepared), "--select", "2"
 
+
+class SeenInOutlook(SeenMails):
     def test_PicturesFollowTheThemeWithinASecond(self):
         self.assertEqual(len(self.check_themes()), 3)
 
@@ -289,6 +294,112 @@ class SeenInOutlook(Seen, OutlookTest):
         self.assertEqual(stripes[0], stripes[2])
         self.assertEqual(stripes[0], stripes[3])
         self.assertNotEqual(stripes[0], stripes[1])
+
+
+# --- What a hand at the mouse does ------------------------------------------------------------------------------------
+
+def hand(*actions):
+    """Has the X server take that for a user's doing, as xdotool names it."""
+    subprocess.run(["xdotool", *map(str, actions)], check=True, timeout=30)
+    time.sleep(0.2)  # a user is no faster
+
+
+def middle_of(area):
+    left, top, width, height = area
+    return left + width // 2, top + height // 2
+
+
+class Handled:
+    """A window that is used through the screen alone; stands before the class that shows it."""
+
+    TITLE, CLOSE, PAGE = (300, 16), (977, 16), (600, 500)
+    ITEM = 26  # the height of a menu's items
+
+    def setUp(self):
+        super().setUp()
+        hand("mousemove", *self.PAGE)
+        self.areas = self.show()
+
+    def click_at(self, at, *keys):
+        hand("mousemove", *at, *(word for key in keys for word in ("keydown", key)))
+        hand("click", 1, *(word for key in keys for word in ("keyup", key)))
+
+    def drag(self, start, end):
+        """Presses at one place and releases at another one."""
+        hand("mousemove", *start)
+        hand("mousedown", 1)
+        hand("mousemove", *end)
+        hand("mouseup", 1)
+
+
+class HandledInWord(Handled, SeenInDocument):
+    def box(self):
+        """What the inside of a check box shows."""
+        left, top, width, height = self.places["CheckBox_ID_PDFA"]
+        return screen_pixels((left + 1, top + 1, width - 2, height - 2))
+
+    def test_ControlIsUsedOnlyWhenItIsPressedAndReleased(self):
+        at, before = middle_of(self.places["CheckBox_ID_PDFA"]), self.box()
+        self.drag(at, self.PAGE)
+        self.drag(self.PAGE, at)
+        self.assertEqual(self.box(), before)
+        self.click_at(at)
+        self.assertTrue(wait_until(lambda: self.box() != before))
+
+    def test_CrossClosesTheWindowOnlyWhenItIsPressedAndReleased(self):
+        self.drag(self.PAGE, self.CLOSE)
+        self.drag(self.CLOSE, self.PAGE)
+        time.sleep(0.5)
+        self.assertIsNone(self.window.poll())
+        self.click_at(self.CLOSE)
+        self.assertEqual(self.window.wait(10), 0)
+
+    def test_HalfFilledCircleChangesTheTheme(self):
+        circle = middle_of(self.places["OfficeThemes"])
+        self.click_at(circle)
+        self.click_at((circle[0], 62 + 2 * self.ITEM + self.ITEM // 2))
+        self.assert_shown(self.areas, dark=True, seconds=1)
+
+
+class HandledInOutlook(Handled, SeenMails):
+    def selected(self):
+        """The places of the marked mails, from 0."""
+        stripes = [screen_pixels((1, 157 + 46 * row + 20, 1, 1))[0][0] for row in range(4)]
+        return [row for row, colour in enumerate(stripes) if colour == (0x0F, 0x6C, 0xBD)]
+
+    def test_KeysAddMailsToTheSelection(self):
+        for row, keys, selected in ((2, (), [2]), (0, ("ctrl",), [0, 2]), (2, ("ctrl",), [0]), (3, (), [3]),
+                                    (1, ("shift",), [1, 2, 3])):
+            self.click_at((100, 157 + 46 * row + 20), *keys)
+            self.assertTrue(wait_until(lambda: self.selected() == selected), (row, keys, self.selected()))
+
+    def test_ClickBesideAnOpenMenuClosesIt(self):
+        menu = middle_of(self.places["Menu_ID_Create"])
+        area = (menu[0], 140, 100, 80)  # below the menu's button
+        for beside in (self.TITLE, (600, 100), (150, 500), self.PAGE, menu):
+            hand("mousemove", *self.PAGE)
+            closed = screen_pixels(area)
+            self.click_at(menu)
+            self.assertTrue(wait_until(lambda: screen_pixels(area) != closed), beside)
+            self.click_at(beside)
+            self.assertTrue(wait_until(lambda: screen_pixels(area) == closed), beside)
+
+    def test_ItemIsMarkedAsLongAsTheMouseIsOnIt(self):
+        menu = middle_of(self.places["Menu_ID_Create"])
+        self.click_at(menu)
+        area = (menu[0], 140, 100, 2 * self.ITEM)
+        unmarked = screen_pixels(area)
+        hand("mousemove", menu[0] + 20, 150)
+        self.assertTrue(wait_until(lambda: screen_pixels(area) != unmarked))
+        hand("mousemove", *self.PAGE)
+        self.assertTrue(wait_until(lambda: screen_pixels(area) == unmarked))
+
+    def test_ChosenItemIsUsed(self):
+        menu = middle_of(self.places["Menu_ID_Create"])
+        self.click_at(menu)
+        self.click_at((menu[0] + 20, 150))
+        ((path,),) = self.starts(1)
+        self.assertTrue(path.endswith("\\Piers 1 to 4.pdf"), path)
 
 
 if __name__ == "__main__":
