@@ -161,9 +161,15 @@ def manual_pdfs():
 KINDS = {"mails": mail_pdfs, "constructed": constructed_pdfs, "manuals": manual_pdfs}
 
 
+def fonts_of_the_machine():
+    """The files that pages are drawn with where a PDF has no font of its own."""
+    return " ".join(sorted(str(path) for folder in ("/usr/share/fonts", "/usr/local/share/fonts", "/usr/share/poppler")
+                           for path in pathlib.Path(folder).rglob("*") if path.is_file()))
+
+
 @functools.cache
 def facts_folder():
-    tools = f"{pikepdf.__version__} {version_of('poppler-utils')} {version_of('qpdf')}"
+    tools = f"{pikepdf.__version__} {version_of('poppler-utils')} {version_of('qpdf')} {fonts_of_the_machine()}"
     folder = cache() / f"facts-{key_of(HERE / 'inventory.py', HERE / 'readers.py', tools)}"
     folder.mkdir(parents=True, exist_ok=True)
     return folder
