@@ -1,0 +1,119 @@
+"""The pages for people: whether what they name is there, and whether what is there is named."""
+import itertools
+import re
+import unittest
+
+from support import ROOT
+
+LINK = re.compile(r"!?\[[^\]\n]*\]\(([^)\s]+)\)|^\[[^\]]+\]: (\S+)$", re.MULTILINE)
+CODE = re.compile(r"^(```|~~~).*?^\1|`[^`\n]*`", re.MULTILINE | re.DOTALL)
+SCRIPT = re.compile(r"(?<![\w/.-])scripts/([\w.-]*\w)")
+TEXT = re.compile(r'L"((?:[^"\\]|\\.)*)"')
+# Written by benchmarks/engine.
+GENERATED = {ROOT / "benchmarks" / "README.md"}
+
+
+def files(pattern):
+    """The tree's own files, not what was built."""
+    return [path for path in ROOT.glob(pattern)
+            if path.is_file() and path.relative_to(ROOT).parts[0] not in ("build", "dist", ".git")]
+
+
+def read(*parts):
+    return ROOT.joinpath(*parts).read_text(encoding="utf-8")
+
+
+def anchors(text):
+    """The names that the page's headings can be reached by, as code hosts make them."""
+    counts, result = {}, set()
+    for heading in re.findall(r"^#+ +(.+?) *$", CODE.sub(lambda code: code[0].strip("`") if code[1] is None else "", text),
+                              re.MULTILINE):
+        name = re.sub(r"[^\w\- ]", "", re.sub(r"\[([^\]]*)\]\([^)]*\)", r"\1", heading).lower()).replace(" ", "-")
+        number = counts[name] = counts.get(name, -1) + 1
+        result.add(f"{name}-{number}" if number else name)
+    return result
+
+
+def texts(source):
+    """The wide texts of a C++ file; neighbours are one text, as the compiler has it."""
+    joined = re.sub(r'"\s*\n\s*L"', "", re.sub(r"//.*", "", source))
+    return [text.replace(r"\\", "\\") for text in TEXT.findall(joined)]
+
+
+def registry_texts():
+    """What src/ asks the registry for: paths wherever they stand, and the names of values."""
+    found = set()
+    for path in [*files("src/**/*.cpp"), *files("src/**/*.h")]:
+        source = path.read_text(encoding="utf-8")
+        found.update(text for text in texts(source) if re.match(r"(?i)software\\", text))
+        if path.name in ("Registration.cpp", "Identity.h"):
+            found.update(text.strip("\\") for text in texts(source))
+        for call in re.findall(r"Reg(?:QueryValueEx|GetValue|SetValueEx)W\(([^;]*);", source):
+            found.update(texts(call))
+        found.update(itertools.chain.from_iterable(map(texts, re.findall(r"wchar_t \w+Value\[\] = ([^;]*);", source))))
+        # The versions that a loop over a path goes through.
+        found.update(text for text in texts(source) if re.fullmatch(r"\d\d\.0", text))
+    return found - {""}
+
+
+class Documents(unittest.TestCase):
+    @classmethod
+    def setUpClass(cls):
+        cls.pages = {path: path.read_text(encoding="utf-8") for path in files("**/*.md")}
+
+    def test_EveryLinkAndPictureLeadsSomewhere(self):
+        dead = []
+        for page, text in self.pages.items():
+            for target in itertools.chain.from_iterable(LINK.findall(CODE.sub("", text))):
+                if not target or re.match(r"[a-z]+:", target):
+                    continue
+                name, _, anchor = target.partition("#")
+                path = (page.parent / name).resolve() if name else page
+                if not path.is_relative_to(ROOT) or not path.exists() or (
+                        anchor and anchor not in anchors(self.pages.get(path, ""))):
+                    dead.append(f"{page.relative_to(ROOT)}: {target}")
+        self.assertEqual(dead, [])
+
+    def test_EveryPageIsLinkedFromAnother(self):
+        linked = {(page.parent / (inline or reference).partition("#")[0]).resolve()
+                  for page, text in self.pages.items() for inline, reference in LINK.findall(text)}
+        self.assertEqual(sorted(str(page.relative_to(ROOT)) for page in self.pages
+                                if page not in linked and page != ROOT / "README.md"
+                                and page.parent.name != "decisions"), [])
+
+    def test_NothingIsLeftToBeWritten(self):
+        left = [f"{page.relative_to(ROOT)}: {line}" for page, text in self.pages.items()
+                for line in text.splitlines() if re.search(r"\b(TODO|FIXME|XXX|TBD)\b", line)]
+        self.assertEqual(left, [])
+
+    def test_LinesFitTheEditor(self):
+        wide = [f"{page.relative_to(ROOT)}:{number}" for page, text in self.pages.items() if page not in GENERATED
+                for number, line in enumerate(text.splitlines(), 1)
+                if len(line) > 120 and not line.startswith("|") and " " in line.strip()]
+        self.assertEqual(wide, [])
+
+    def test_ScriptsThatPagesNameExist(self):
+        missing = {f"{page.relative_to(ROOT)}: scripts/{name}" for page, text in self.pages.items()
+                   for name in SCRIPT.findall(text) if not (ROOT / "scripts" / name).is_file()}
+        self.assertEqual(missing, set())
+
+    def test_EveryScriptIsExplained(self):
+        explained = {name for page, text in self.pages.items()
+                     if page.parent == ROOT or (ROOT / "docs") in page.parents for name in SCRIPT.findall(text)}
+        self.assertEqual({path.name for path in files("scripts/*")} - explained, set())
+
+    def test_AdminGuideNamesWhatTheRegistryIsAskedFor(self):
+        expected = registry_texts()
+        for sample in ("ZAVO.OfficeAddin", "UI Theme", "InstallPath", "LoadBehavior", "16.0",
+                       r"SOFTWARE\Microsoft\Office\Word\Addins\ZAVO.OfficeAddin", r"SOFTWARE\WOW6432Node\ZAVO"):
+            self.assertIn(sample, expected)  # the sources are still read as they are written
+        guide = read("docs", "admin-guide.md").casefold()
+        self.assertEqual({text for text in expected if text.casefold() not in guide}, set())
+
+    def test_ChangelogHasTheVersion(self):
+        versions = re.findall(r"^## \[(\d+\.\d+\.\d+)\]", read("CHANGELOG.md"), re.MULTILINE)
+        self.assertEqual(versions[:1], [read("VERSION").strip()])
+
+
+if __name__ == "__main__":
+    unittest.main()
