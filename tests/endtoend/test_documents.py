@@ -26,9 +26,10 @@ def read(*parts):
 def anchors(text):
     """The names that the page's headings can be reached by, as code hosts make them."""
     counts, result = {}, set()
-    for heading in re.findall(r"^#+ +(.+?) *$", CODE.sub(lambda code: code[0].strip("`") if code[1] is None else "", text),
-                              re.MULTILINE):
-        name = re.sub(r"[^\w\- ]", "", re.sub(r"\[([^\]]*)\]\([^)]*\)", r"\1", heading).lower()).replace(" ", "-")
+    outside_code = re.sub(r"^(```|~~~).*?^\1", "", text, flags=re.MULTILINE | re.DOTALL)
+    for heading in re.findall(r"^#+ +(.+?) *$", outside_code, re.MULTILINE):
+        shown = re.sub(r"\[([^\]]*)\]\([^)]*\)", r"\1", heading)
+        name = re.sub(r"[^\w\- ]", "", shown.lower()).replace(" ", "-")
         number = counts[name] = counts.get(name, -1) + 1
         result.add(f"{name}-{number}" if number else name)
     return result
