@@ -103,6 +103,11 @@ class Documents(unittest.TestCase):
                      if page.parent == ROOT or (ROOT / "docs") in page.parents for name in SCRIPT.findall(text)}
         self.assertEqual({path.name for path in files("scripts/*")} - explained, set())
 
+    def test_EveryFolderIsExplained(self):
+        folders = {path.name for path in ROOT.iterdir()
+                   if path.is_dir() and not path.name.startswith(".") and path.name not in ("build", "dist")}
+        self.assertEqual({name for name in folders if f"`{name}/`" not in read("CONTRIBUTING.md")}, set())
+
     def test_AdminGuideNamesWhatTheRegistryIsAskedFor(self):
         expected = registry_texts()
         for sample in ("ZAVO.OfficeAddin", "UI Theme", "InstallPath", "LoadBehavior", "16.0",
