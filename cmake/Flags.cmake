@@ -11,7 +11,9 @@ target_compile_options(zavo_flags INTERFACE
     # The source path stays out of the binaries: two checkouts give the same bytes.
     $<$<COMPILE_LANGUAGE:CXX>:-ffile-prefix-map=${PROJECT_SOURCE_DIR}=.>)
 target_compile_definitions(zavo_flags INTERFACE $<$<CONFIG:Release>:_FORTIFY_SOURCE=2>)
-target_link_options(zavo_flags INTERFACE -fstack-protector-strong -Wl,--gc-sections $<$<CONFIG:Release>:-s>)
+# Debug information goes; zavo_keep_debug_information moves that of its target to a file of its own.
+target_link_options(zavo_flags INTERFACE -fstack-protector-strong -Wl,--gc-sections
+    $<$<AND:$<CONFIG:Release>,$<NOT:$<BOOL:$<TARGET_PROPERTY:ZAVO_DEBUG_INFORMATION>>>>:-s>)
 
 if(WIN32)
     target_compile_definitions(zavo_flags INTERFACE
@@ -29,4 +31,24 @@ endif()
 
 function(zavo_fixed_image_base target base)
     target_link_options(${target} PRIVATE -Wl,--image-base=${base})
+endfunction()
+
+# Has a static library compiled with debug information in a release build, too.
+function(zavo_add_debug_information target)
+    target_compile_options(${target} PRIVATE $<$<AND:$<CONFIG:Release>,$<COMPILE_LANGUAGE:CXX>>:-g>)
+endfunction()
+
+# The same for a library that we ship. What the linker made of the debug information ends in a file beside the library,
+# whose name and checksum are in the library: debuggers find it.
+function(zavo_keep_debug_information target)
+    zavo_add_debug_information(${target})
+    if(CMAKE_BUILD_TYPE STREQUAL "Release")
+        set_property(TARGET ${target} PROPERTY ZAVO_DEBUG_INFORMATION ON)
+        set(library $<TARGET_FILE:${target}>)
+        add_custom_command(TARGET ${target} POST_BUILD VERBATIM
+            BYPRODUCTS ${ZAVO_BIN}/${target}.dll.debug
+            COMMAND ${CMAKE_OBJCOPY} -p --only-keep-debug ${library} ${library}.debug
+            # -p keeps the time in the headers, which is none; without it there would be that of the build.
+            COMMAND ${CMAKE_OBJCOPY} -p --strip-all --add-gnu-debuglink=${library}.debug ${library})
+    endif()
 endfunction()
