@@ -236,6 +236,15 @@ wine_start() {
     wine_keep_alive
 }
 
+# Starts a Wine session besides, in which nothing but the installer works, and sets ZAVO_INSTALLER_PREFIX to its prefix.
+installer_start() {
+    wine_environment
+    run_start
+    wine_prefix "$ZAVO_RUN/installer"
+    export ZAVO_INSTALLER_PREFIX=$ZAVO_RUN/installer
+    WINEPREFIX=$ZAVO_INSTALLER_PREFIX wine_keep_alive
+}
+
 # Starts a Wine session whose windows are on a screen, WxH pixels large and seen by nobody, or with --display DISPLAY
 # on one that is there already. Sets what on_screen needs, and ZAVO_SCREEN_FRAMEBUFFER, the file in which the screen's
 # pixels are at any time, in X's window dump format; there is none of a display that was there already. A script may

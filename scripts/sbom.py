@@ -15,18 +15,20 @@ ROOT = pathlib.Path(__file__).resolve().parents[1]
 NOTICES = ROOT / "THIRD-PARTY-NOTICES"
 UNKNOWN = "NOASSERTION"
 SHIPPED = ("zavoofficeaddin.dll", "ZavoKit.dll", "THIRD-PARTY-NOTICES")
-# Name, licence, home page, and which of our libraries contain it.
 ENGINE = ("ZavoKit.dll",)
 BOTH = ("zavoofficeaddin.dll", "ZavoKit.dll")
+# Name, licence, home page, and which of our libraries contain it.
 FROM_SOURCE = (
     ("qpdf", "Apache-2.0 AND MIT AND RSA-MD", "https://qpdf.sourceforge.io/", ENGINE),
     ("libdeflate", "MIT", "https://github.com/ebiggers/libdeflate", ENGINE),
     ("libjpeg-turbo", "IJG AND BSD-3-Clause", "https://libjpeg-turbo.org/", ENGINE),
 )
+# The same, after the distribution's package that it comes from. Of the two last it is the runtime libraries.
 FROM_PACKAGES = (
-    ("zlib", "libz-mingw-w64-dev", "Zlib", "https://zlib.net/", ENGINE),
-    ("gcc-runtime", "gcc-mingw-w64-x86-64-posix-runtime", "GPL-3.0-or-later WITH GCC-exception-3.1 AND LicenseRef-libstdcxx-parts", "https://gcc.gnu.org/", BOTH),
-    ("mingw-w64-runtime", "mingw-w64-x86-64-dev", "LicenseRef-mingw-w64-runtime", "https://www.mingw-w64.org/", BOTH),
+    ("libz-mingw-w64-dev", "zlib", "Zlib", "https://zlib.net/", ENGINE),
+    ("gcc-mingw-w64-x86-64-posix-runtime", "gcc",
+     "GPL-3.0-or-later WITH GCC-exception-3.1 AND LicenseRef-libstdcxx-parts", "https://gcc.gnu.org/", BOTH),
+    ("mingw-w64-x86-64-dev", "mingw-w64", "LicenseRef-mingw-w64-runtime", "https://www.mingw-w64.org/", BOTH),
 )
 # Licences that SPDX has no identifier for, and the section of our notices that quotes them.
 QUOTED = (("LicenseRef-libstdcxx-parts", "GCC's runtime libraries"),
@@ -61,13 +63,13 @@ def from_source(name, licence, page):
         match = re.fullmatch(re.escape(name) + r"_(.+)\.orig\.tar\.gz", archive)
         if match:
             return package(name, match[1], licence, page, packageFileName=archive,
-                           sourceInfo="built from this archive by cmake/dependencies",
+                           sourceInfo="built from this archive, with what cmake/dependencies changes in it",
                            checksums=[{"algorithm": "SHA256", "checksumValue": checksum}],
                            **generic_url(name, match[1]))
     raise SystemExit(f"cmake/dependencies/SHA256SUMS does not name {name}")
 
 
-def from_package(name, distributed, licence, page):
+def from_package(distributed, name, licence, page):
     """A library that the distribution has in one of its packages."""
     command = ["dpkg-query", "-W", "-f=${Version}", distributed]
     version = subprocess.run(command, capture_output=True, text=True, check=True).stdout

@@ -38,7 +38,7 @@ def wine(*command, environment=None):
 def plain_environment():
     """The environment without the caller's Wine sessions, which are not a script's."""
     return {name: value for name, value in os.environ.items()
-            if not name.startswith(("WINE", "ZAVO_BRIDGE", "ZAVO_SCREEN", "LC_", "LANG", "DISPLAY"))}
+            if not name.startswith(("WINE", "ZAVO_BRIDGE", "ZAVO_SCREEN", "ZAVO_INSTALLER", "LC_", "LANG", "DISPLAY"))}
 
 
 def run_script(script, *arguments, cwd="/"):

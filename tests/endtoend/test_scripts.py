@@ -19,7 +19,7 @@ class Scripts(unittest.TestCase):
         self.addCleanup(shutil.rmtree, self.folder)
 
     def test_HelpExplainsItself(self):
-        for script in ("demo", "gallery", "test", "build", "lint", "make-icons"):
+        for script in ("demo", "gallery", "test", "build", "lint", "make-icons", "package"):
             code, out, _ = run_script(script, "--help")
             self.assertEqual(code, 0, script)
             self.assertIn(f"Usage: scripts/{script}", out)
@@ -55,6 +55,13 @@ class Scripts(unittest.TestCase):
                                 (("gallery", "--out", ROOT / "docs"), "docs is not empty"),
                                 (("test", "--what"), "unknown option --what"),
                                 (("build", "--what"), "unknown option --what"),
+                                (("package", "--what"), "unknown option --what"),
+                                (("package", "--out"), "--out needs a folder"),
+                                (("package", "--out", "/etc/hostname"), "--out names a file, not a folder"),
+                                (("package", "--out", "/no/such/folder"), "no such folder: /no/such"),
+                                (("package", "--out", ROOT / "docs"), "docs is not empty"),
+                                (("package", "--libraries", ROOT / "docs"), "zavoofficeaddin.dll and ZavoKit.dll are"),
+                                (("package", "--version", "1.2"), "a version has three numbers, as in 1.2.3: 1.2"),
                                 (("make-icons", "--what"), "unknown option --what"),
                                 (("make-icons", "--sheet"), "--sheet needs a FILE")):
             code, out, errors = run_script(*arguments)
