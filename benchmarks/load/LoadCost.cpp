@@ -273,7 +273,7 @@ struct Column {
         for (const Round& round : rounds) values.push_back((step < steps ? round[step] : Sum(round)) / 1000);
         return values;
     }
-    double Median() const { return Quantile(Milliseconds(steps), 0.5); }
+    double Median(size_t step = steps) const { return Quantile(Milliseconds(step), 0.5); }
 };
 
 void PrintTable(const char* title, const std::vector<Column>& columns) {
@@ -345,6 +345,8 @@ void Measure() {
     PrintTable("warm, loaded before in the same process", warm);
     printf("  the engine's share: cold %.2f ms, warm %.2f ms\n", cold[2].Median() - cold[1].Median(),
            warm[2].Median() - warm[1].Median());
+    printf("  LoadLibrary alone beside the empty add-in's: cold %.2fx, warm %.2fx\n",
+           cold[1].Median(0) / cold[0].Median(0), warm[1].Median(0) / warm[0].Median(0));
     PrintGoal("cold, without the engine beside the empty add-in", cold[1].Median() / cold[0].Median(), mostBesideEmpty,
               "x");
     PrintGoal("cold, with the engine", cold[2].Median(), mostMilliseconds, " ms");

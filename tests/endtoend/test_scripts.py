@@ -20,6 +20,8 @@ class Scripts(unittest.TestCase):
 
     def test_HelpExplainsItself(self):
         for script in ("demo", "gallery", "test", "build", "lint", "make-icons", "package"):
+        for script in ("demo", "gallery", "test", "build", "lint", "make-icons", "check-binaries",
+                       "check-reproducible"):
             code, out, _ = run_script(script, "--help")
             self.assertEqual(code, 0, script)
             self.assertIn(f"Usage: scripts/{script}", out)
@@ -63,6 +65,8 @@ class Scripts(unittest.TestCase):
                                 (("package", "--libraries", ROOT / "docs"), "zavoofficeaddin.dll and ZavoKit.dll are"),
                                 (("package", "--version", "1.2"), "a version has three numbers, as in 1.2.3: 1.2"),
                                 (("make-icons", "--what"), "unknown option --what"),
+                                (("check-binaries", "--what"), "unknown option --what"),
+                                (("check-reproducible", "--what"), "unknown option --what"),
                                 (("make-icons", "--sheet"), "--sheet needs a FILE")):
             code, out, errors = run_script(*arguments)
             self.assertEqual((code, out), (1, ""), arguments)
