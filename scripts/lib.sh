@@ -37,6 +37,7 @@ declare -A ZAVO_PACKAGES=(
     [fuzzer]="clang-14 libclang-rt-14-dev"
     [icons]="librsvg2-bin python3"
     [package]="wixl msitools python3"
+    [sign]="osslsigncode openssl"
     [lint]="clang-14 clang-format-14 clang-tidy-14 git"
     # Manuals with bookmarks, links and named destinations; only their files are wanted, see unpack_packages.
     [manuals]="auto-multiple-choice-doc-pdf bash-doc debmake-doc developers-reference gutenprint-doc maint-guide

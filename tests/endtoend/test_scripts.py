@@ -21,7 +21,7 @@ class Scripts(unittest.TestCase):
     def test_HelpExplainsItself(self):
         for script in ("demo", "gallery", "test", "build", "lint", "make-icons", "package"):
         for script in ("demo", "gallery", "test", "build", "lint", "make-icons", "check-binaries",
-                       "check-reproducible"):
+                       "check-reproducible", "sign", "benchmark"):
             code, out, _ = run_script(script, "--help")
             self.assertEqual(code, 0, script)
             self.assertIn(f"Usage: scripts/{script}", out)

@@ -1,0 +1,130 @@
+"""scripts/sign, with certificates that the tests make; there is no time-stamp service without a network."""
+import hashlib
+import os
+import pathlib
+import shutil
+import subprocess
+import tempfile
+import unittest
+
+from support import BIN, run_script, windows_path, wine
+
+ADDIN, ENGINE = "zavoofficeaddin.dll", "ZavoKit.dll"
+PACKAGE = """<?xml version="1.0"?>
+<Wix xmlns="http://schemas.microsoft.com/wix/2006/wi"><Product Id="*" Name="Test" Version="1.0.0" Language="1033"
+  Manufacturer="Test" UpgradeCode="0b7c3a52-5a0e-4d6f-9d3c-6f3f6a1b2c3d"><Package Compressed="yes"/></Product></Wix>
+"""
+
+
+class Signing(unittest.TestCase):
+    @classmethod
+    def setUpClass(cls):
+        cls.shared = pathlib.Path(cls.enterClassContext(tempfile.TemporaryDirectory(prefix="zavo-")))
+        cls.certificate, cls.key = cls.shared / "certificate.pem", cls.shared / "key.pem"
+        subprocess.run(["openssl", "req", "-x509", "-newkey", "rsa:2048", "-nodes", "-days", "2", "-subj",
+                        "/CN=Throwaway", "-addext", "extendedKeyUsage=codeSigning", "-keyout", cls.key, "-out",
+                        cls.certificate], check=True, capture_output=True)
+        cls.pkcs12, cls.password = cls.shared / "both.p12", cls.shared / "password"
+        cls.password.write_text("secret and long\n", encoding="ascii")
+        subprocess.run(["openssl", "pkcs12", "-export", "-in", cls.certificate, "-inkey", cls.key, "-out", cls.pkcs12,
+                        "-passout", f"file:{cls.password}"], check=True, capture_output=True)
+        (cls.shared / "test.wxs").write_text(PACKAGE, encoding="ascii")
+        subprocess.run(["wixl", "-a", "x64", "-o", cls.shared / "test.msi", cls.shared / "test.wxs"], check=True,
+                       capture_output=True)
+
+    def setUp(self):
+        self.folder = pathlib.Path(self.enterContext(tempfile.TemporaryDirectory(prefix="zavo signed ")))
+        for name in (ADDIN, ENGINE):
+            shutil.copy(BIN / name, self.folder)
+        shutil.copy(self.shared / "test.msi", self.folder)
+
+    def sign(self, *names, options=None):
+        """Signs files of the test's folder; gives the exit code and the error output."""
+        options = options or ["--certificate", self.certificate, "--key", self.key]
+        code, out, errors = run_script("sign", *map(str, options), *(str(self.folder / name) for name in names))
+        self.assertEqual(out, "")
+        return code, errors
+
+    def verified(self, name):
+        return subprocess.run(["osslsigncode", "verify", "-CAfile", self.certificate, "-in", self.folder / name],
+                              capture_output=True, check=False).returncode == 0
+
+    def hashes(self):
+        return {path.name: hashlib.sha256(path.read_bytes()).hexdigest() for path in self.folder.iterdir()}
+
+    def test_SignedLibrariesVerifyAndStillRegister(self):
+        mode = os.stat(self.folder / ADDIN).st_mode
+        self.assertEqual(self.sign(ADDIN, ENGINE)[0], 0)
+        self.assertTrue(self.verified(ADDIN) and self.verified(ENGINE))
+        self.assertEqual(os.stat(self.folder / ADDIN).st_mode, mode)
+        self.assertEqual(sorted(self.hashes()), sorted([ADDIN, ENGINE, "test.msi"]))  # nothing else is left
+        code, out, _ = run_script("check-binaries", str(self.folder))
+        self.assertEqual(code, 0, out)
+        for arguments in (("/s",), ("/s", "/u")):
+            code, _, errors = wine("regsvr32.exe", *arguments, windows_path(self.folder / ADDIN))
+            self.assertEqual(code, 0, errors)
+
+    def test_SignedPackageVerifies(self):
+        self.assertFalse(self.verified("test.msi"))
+        self.assertEqual(self.sign("test.msi")[0], 0)
+        self.assertTrue(self.verified("test.msi"))
+
+    def test_ChangeAfterSigningIsNoticed(self):
+        self.sign(ADDIN, "test.msi")
+        for name, place in ((ADDIN, 5000), ("test.msi", 1500)):
+            data = bytearray((self.folder / name).read_bytes())
+            data[place] ^= 1
+            (self.folder / name).write_bytes(data)
+            self.assertFalse(self.verified(name), name)
+
+    def test_SigningAgainReplacesTheSignature(self):
+        self.sign(ADDIN, "test.msi")
+        size = (self.folder / ADDIN).stat().st_size
+        self.assertEqual(self.sign(ADDIN, "test.msi")[0], 0)
+        self.assertTrue(self.verified(ADDIN) and self.verified("test.msi"))
+        self.assertEqual((self.folder / ADDIN).stat().st_size, size)
+
+    def test_TakesAPkcs12FileWithAPassword(self):
+        options = ["--pkcs12", self.pkcs12, "--password-file", self.password]
+        self.assertEqual(self.sign(ADDIN, options=options)[0], 0)
+        self.assertTrue(self.verified(ADDIN))
+
+    def test_RenewsHashesBesideTheFile(self):
+        sums = self.folder / "SHA256SUMS"
+        subprocess.run(f"sha256sum {ADDIN} test.msi > SHA256SUMS", shell=True, cwd=self.folder, check=True)
+        before = sums.read_text(encoding="ascii")
+        self.sign(ADDIN)
+        self.assertNotEqual(sums.read_text(encoding="ascii"), before)
+        subprocess.run(["sha256sum", "--check", "--quiet", "--strict", "SHA256SUMS"], cwd=self.folder, check=True)
+
+    def test_FailureLeavesEverythingAsItWas(self):
+        wrong = self.shared / "wrong"
+        wrong.write_text("another\n", encoding="ascii")
+        # A key that is not the certificate's.
+        other = self.shared / "other.pem"
+        subprocess.run(["openssl", "genrsa", "-out", other, "2048"], check=True, capture_output=True)
+        before = self.hashes()
+        for options in (["--pkcs12", self.pkcs12, "--password-file", wrong], ["--pkcs12", self.pkcs12],
+                        ["--certificate", self.certificate, "--key", other]):
+            code, errors = self.sign(ADDIN, options=options)
+            self.assertEqual(code, 1, errors)
+            self.assertEqual(self.hashes(), before)
+
+    def test_WrongArgumentsAreSaidInOneLine(self):
+        both = ["--certificate", self.certificate, "--key", self.key]
+        for options, names, said in (
+                ([ADDIN], (), "a certificate is needed: --certificate and --key, or --pkcs12"),
+                (["--certificate", self.certificate], (ADDIN,), "a certificate is needed"),
+                (both + ["--pkcs12", self.pkcs12], (ADDIN,), "either --pkcs12, or --certificate and --key"),
+                (["--pkcs12", "/no/such.p12"], (ADDIN,), "no such file: /no/such.p12"),
+                (["--key"], (), "--key needs a value"),
+                (["--what"], (), "unknown option --what"),
+                (both, ("other.dll",), "no such file: "),
+                (both, ("SHA256SUMS",), "neither a DLL nor an MSI: ")):
+            code, errors = self.sign(*names, options=options)
+            self.assertEqual((code, len(errors.splitlines())), (1, 1), errors)
+            self.assertIn(said, errors)
+
+
+if __name__ == "__main__":
+    unittest.main()
