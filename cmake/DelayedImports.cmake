@@ -1,4 +1,4 @@
-# Has a library load functions of one of Windows' libraries when it first calls one of them, not when it is loaded itself.
+# Has a library load functions of one of Windows' libraries when it first calls one of them, not when it is loaded.
 # The import library for that is made from the names; whatever else links the same static libraries is not concerned.
 function(zavo_delay_imports target library)
     set(base ${CMAKE_CURRENT_BINARY_DIR}/delayed_${library})
