@@ -14,6 +14,7 @@ namespace {
 
 constexpr int requests = 2000;
 constexpr int rounds = 5;
+constexpr int requestsARound = requests / rounds;
 
 double Seconds() {
     LARGE_INTEGER now, frequency;
@@ -54,8 +55,8 @@ void RequestBare() {
 template <typename Request>
 double MicrosecondsEach(Request&& request) {
     const double start = Seconds();
-    for (int i = 0; i < requests / rounds; ++i) request();
-    return (Seconds() - start) * 1e6 / (requests / rounds);
+    for (int i = 0; i < requestsARound; ++i) request();
+    return (Seconds() - start) * 1e6 / requestsARound;
 }
 
 double Median(std::vector<double> values) {

@@ -12,6 +12,7 @@
 
 #include <algorithm>
 #include <array>
+#include <cmath>
 #include <cstdint>
 #include <cstdio>
 #include <cstring>
@@ -257,7 +258,7 @@ std::vector<Round> RoundsOfAnotherProcess(const wchar_t* option, const std::vect
 
 double Quantile(std::vector<double> values, double share) {
     std::sort(values.begin(), values.end());
-    return values[static_cast<size_t>(static_cast<double>(values.size() - 1) * share + 0.5)];
+    return values[static_cast<size_t>(std::lround(static_cast<double>(values.size() - 1) * share))];
 }
 
 double Sum(const Round& round) { return std::accumulate(round.begin(), round.end(), 0.0); }
