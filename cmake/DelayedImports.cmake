@@ -5,8 +5,9 @@ function(zavo_delay_imports target library)
     list(JOIN ARGN "\n    " names)
     file(CONFIGURE OUTPUT ${base}.def CONTENT "LIBRARY ${library}.dll\nEXPORTS\n    ${names}\n")
     add_custom_command(OUTPUT ${base}.a
-        COMMAND ${CMAKE_DLLTOOL} -m i386:x86-64 -d ${base}.def -y ${base}.a
-        DEPENDS ${base}.def VERBATIM)
+        # Without folders, which would end in the symbols and so in the checksum of the debug information.
+        COMMAND ${CMAKE_DLLTOOL} -m i386:x86-64 -d ${base}.def -y delayed_${library}.a
+        WORKING_DIRECTORY ${CMAKE_CURRENT_BINARY_DIR} DEPENDS ${base}.def VERBATIM)
     add_custom_target(delayed_${library} DEPENDS ${base}.a)
     add_dependencies(${target} delayed_${library})
     set_property(TARGET ${target} APPEND PROPERTY LINK_DEPENDS ${base}.a)

@@ -19,9 +19,8 @@ class Scripts(unittest.TestCase):
         self.addCleanup(shutil.rmtree, self.folder)
 
     def test_HelpExplainsItself(self):
-        for script in ("demo", "gallery", "test", "build", "lint", "make-icons", "package"):
         for script in ("demo", "gallery", "test", "build", "lint", "make-icons", "check-binaries",
-                       "check-reproducible", "sign", "benchmark"):
+                       "check-reproducible", "package", "sign", "benchmark"):
             code, out, _ = run_script(script, "--help")
             self.assertEqual(code, 0, script)
             self.assertIn(f"Usage: scripts/{script}", out)
