@@ -64,6 +64,10 @@ Options ParseOptions(const std::vector<std::wstring>& arguments) {
         if (const auto action = KnownActions().find(argument); action != KnownActions().end()) {
             if (action->second.needsWindow) onlyInWindow = Utf8(argument);
             options.actions.push_back({action->second.kind, action->second.hasValue ? value() : std::wstring()});
+            const Action& added = options.actions.back();
+            if (added.kind == ActionKind::Theme && added.value.find_first_not_of(L"0123456789") != std::wstring::npos) {
+                throw UsageError("a theme is a number, not " + Utf8(added.value));
+            }
         } else if (argument == L"--document") {
             options.document = value();
         } else if (argument == L"--outlook") {

@@ -1,17 +1,7 @@
 // The state of a ribbon's controls.
 #include "standins/office/RibbonState.h"
 
-#include <stdexcept>
-
-#include "standins/common/Text.h"
-
-namespace {
-
-void Expect(HRESULT result, const std::wstring& what) {
-    if (FAILED(result)) throw std::runtime_error(Utf8(what + L" failed: " + HexText(result)));
-}
-
-}  // namespace
+#include "standins/common/Results.h"
 
 RibbonState::RibbonState(AddinSession& session) : session_(session) { Reload(); }
 

@@ -10,6 +10,7 @@
 
 #include "src/base/Handles.h"
 #include "standins/common/Journal.h"
+#include "standins/common/Results.h"
 #include "standins/common/Text.h"
 #include "standins/office/AddinSession.h"
 #include "standins/office/DialogRobot.h"
@@ -22,10 +23,6 @@
 #include "standins/office/window/Mouse.h"
 
 namespace {
-
-void Expect(HRESULT result, const std::wstring& what) {
-    if (FAILED(result)) throw std::runtime_error(Utf8(what + L" failed: " + HexText(result)));
-}
 
 // --- What is printed ---
 

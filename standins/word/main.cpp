@@ -12,6 +12,7 @@
 
 #include "src/base/Barrier.h"
 #include "src/base/Handles.h"
+#include "standins/common/Results.h"
 #include "standins/common/Text.h"
 #include "standins/office/AutomatedWord.h"
 #include "standins/word/Registration.h"
@@ -26,10 +27,6 @@ constexpr wchar_t usage[] =
     L"  /UnregServer    takes that back\n"
     L"  -Embedding      serves one object; COM starts it so\n"
     L"  --idle SECONDS  how long it waits for the next call before it ends (60)";
-
-void Expect(HRESULT result, const wchar_t* what) {
-    if (FAILED(result)) throw std::runtime_error(Utf8(what + (L" failed: " + HexText(result))));
-}
 
 class WordFactory final : public IClassFactory {
 public:

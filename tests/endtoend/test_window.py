@@ -140,6 +140,10 @@ class PressedInWord(PressedInDocuments):
             code, _, errors = wine(BIN / "office-standin.exe", *action)
             self.assertEqual((code, errors), (2, f"office-standin.exe: {action[0]} needs --window"))
 
+    def test_ThemeIsANumber(self):
+        code, _, errors = wine(BIN / "office-standin.exe", "--theme", "black")
+        self.assertEqual((code, errors), (2, "office-standin.exe: a theme is a number, not black"))
+
 
 class PressedInExcel(ExcelDocument, PressedInDocuments):
     def test_CreatePdfDoesTheSameAsWithoutAWindow(self):

@@ -296,6 +296,31 @@ TEST(RibbonTexts, GroupsThatAreWiderThanTheWindowAreFound) {
     EXPECT_TRUE(ProblemOf(CheckTexts(ribbon, Fonts(96), 40), L"tab", L"label").starts_with(L"its groups are too wide"));
 }
 
+TEST(RibbonTexts, NoTextOfTheMarkupIsEmptyOrLacksGlyphsInTheFontOfItsLanguage) {
+    constexpr LANGID languages[] = {
+        MAKELANGID(LANG_CHINESE, SUBLANG_CHINESE_SIMPLIFIED),
+        LANG_ENGLISH,
+        LANG_GERMAN,
+        LANG_FRENCH,
+        LANG_ITALIAN,
+        LANG_JAPANESE,
+        LANG_PORTUGUESE,
+        LANG_SPANISH,
+        MAKELANGID(LANG_CHINESE, SUBLANG_CHINESE_TRADITIONAL),
+        LANG_RUSSIAN,
+        LANG_DUTCH,
+        LANG_KOREAN,
+    };
+    const std::vector<Ribbon> ribbons = EveryRibbon();
+    for (size_t i = 0; i < ribbons.size(); ++i) {
+        const LANGID language = languages[i % ARRAYSIZE(languages)];
+        for (const TextFinding& text : CheckTexts(ribbons[i], Fonts(96, language), windowWidth)) {
+            EXPECT_FALSE(text.problem.starts_with(L"empty") || text.problem.starts_with(L"no glyph"))
+                << text.id << L" " << text.attribute << L" in language " << language << L": " << text.problem;
+        }
+    }
+}
+
 TEST(RibbonTexts, EveryTextOfTheMarkupIsChecked) {
     for (const Ribbon& ribbon : EveryRibbon()) {
         size_t texts = 0;

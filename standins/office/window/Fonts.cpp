@@ -41,8 +41,8 @@ constexpr StyledFont styles[] = {
 
 }  // namespace
 
-Fonts::Fonts(UINT dpi) : dpi_(dpi) {
-    const wchar_t* face = FaceOf(GetUserDefaultUILanguage());
+Fonts::Fonts(UINT dpi, LANGID language) : dpi_(dpi) {
+    const wchar_t* face = FaceOf(language);
     for (const StyledFont& style : styles) {
         const int height = MulDiv(style.halfPoints, static_cast<int>(dpi), 144);  // a half point is 1/144 of an inch
         fonts_[style.style] = GdiObject(CreateFontW(-height, 0, 0, 0, style.weight, FALSE, FALSE, FALSE,

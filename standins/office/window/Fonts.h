@@ -10,10 +10,10 @@
 
 enum class TextStyle { Plain, Strong, Small, Large };
 
-// Fonts of the interface's language, as Office takes them, for one scale of the screen.
+// Fonts of a language of the interface, as Office takes them, for one scale of the screen.
 class Fonts {
 public:
-    explicit Fonts(UINT dpi);
+    explicit Fonts(UINT dpi, LANGID language = GetUserDefaultUILanguage());
 
     // A length at 96 dots per inch in pixels of the screen.
     int Scaled(int length) const { return MulDiv(length, static_cast<int>(dpi_), USER_DEFAULT_SCREEN_DPI); }
