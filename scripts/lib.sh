@@ -165,7 +165,8 @@ END
                 wine wineboot.exe -i &&
                     wine reg.exe import "$(windows_path "$fresh/settings.reg")" &&
                     wine reg.exe add 'HKLM\Software\Microsoft\Windows NT\CurrentVersion\FontLink\SystemLink' /f \
-                        /v 'Noto Sans Regular' /t REG_MULTI_SZ /d 'wqy-microhei.ttc,WenQuanYi Micro Hei' &&
+                        /v 'Noto Sans Regular' /t REG_MULTI_SZ /d \
+                        'wqy-microhei.ttc,WenQuanYi Micro Hei\0NotoSansArabic-Regular.ttf,Noto Sans Arabic' &&
                     wine winecfg.exe /v win10 &&
                     wineserver -w
             } >"$log" 2>&1 </dev/null || fail "Wine could not make a prefix, see $log"
