@@ -6,6 +6,7 @@ import email.utils
 import glob
 import os
 import pathlib
+import re
 import shutil
 import subprocess
 import sys
@@ -277,15 +278,15 @@ class CreateFromOutlook(OutlookTest):
 
 
 class HostileMails(OutlookTest):
-    # What Wine keeps its registry in, written when it sees fit.
-    CHANGING = ("system.reg", "user.reg", "userdef.reg")
+    # What Wine keeps its registry in, written when it sees fit, and what it writes first.
+    CHANGING = re.compile(r"(system|user|userdef)\.reg|reg[0-9a-f]+\.tmp")
 
     def listing(self):
         found = {}
         for folder, _, names in os.walk(os.environ["WINEPREFIX"]):
             for name in names:
                 path = os.path.join(folder, name)
-                if name not in self.CHANGING:
+                if folder != os.environ["WINEPREFIX"] or not self.CHANGING.fullmatch(name):
                     found[path] = (os.lstat(path).st_size, os.lstat(path).st_mtime_ns)
             found[folder] = None
         return found
