@@ -139,23 +139,19 @@ CallbackResult AddinSession::Call(const std::wstring& callback, VARIANT* argumen
     return answer;
 }
 
-CallbackResult AddinSession::Click(const RibbonElement& button) {
-    const ComPtr<IDispatch> control = MakeControl(button.id);
-    VARIANT argument = ObjectArgument(control.Get());
-    return Call(button.onAction, &argument, 1);
-}
-
-CallbackResult AddinSession::GetPressed(const RibbonElement& checkBox) {
-    const ComPtr<IDispatch> control = MakeControl(checkBox.id);
-    VARIANT argument = ObjectArgument(control.Get());
-    return Call(checkBox.getPressed, &argument, 1);
-}
-
-CallbackResult AddinSession::LoadImage(const RibbonElement& element) {
+CallbackResult AddinSession::CallFor(const RibbonElement& element, const std::wstring& callback) {
     const ComPtr<IDispatch> control = MakeControl(element.id);
     VARIANT argument = ObjectArgument(control.Get());
-    return Call(element.getImage, &argument, 1);
+    return Call(callback, &argument, 1);
 }
+
+CallbackResult AddinSession::Click(const RibbonElement& button) { return CallFor(button, button.onAction); }
+
+CallbackResult AddinSession::GetPressed(const RibbonElement& checkBox) {
+    return CallFor(checkBox, checkBox.getPressed);
+}
+
+CallbackResult AddinSession::LoadImage(const RibbonElement& element) { return CallFor(element, element.getImage); }
 
 CallbackResult AddinSession::SetPressed(const RibbonElement& checkBox, bool pressed) {
     const ComPtr<IDispatch> control = MakeControl(checkBox.id);

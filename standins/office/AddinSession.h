@@ -47,6 +47,7 @@ public:
 private:
     AddinSession(const std::wstring& progId, std::function<void()> onInvalidate);  // loads only
     void Connect(IDispatch* application, const std::wstring& ribbonId);
+    CallbackResult CallFor(const RibbonElement& element, const std::wstring& callback);  // the control alone
     CallbackResult Call(const std::wstring& callback, VARIANT* arguments, UINT count);
 
     Microsoft::WRL::ComPtr<_IDTExtensibility2> addin_;

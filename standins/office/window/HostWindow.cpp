@@ -130,11 +130,7 @@ void HostWindow::Paint() const {
     DrawLine(dc, {title_, {left, top}}, TextStyle::Plain, look_.palette.titleText, fonts);
     const int sign = fonts.Scaled(captionSign);
     for (int button = 0; button < static_cast<int>(ARRAYSIZE(captionCommands)); ++button) {
-        const RECT place = CaptionButton(button);
-        const int signLeft = place.left + (Width(place) - sign) / 2;
-        const int signTop = (height - sign) / 2;
-        DrawCaptionSign(dc, captionCommands[button], {signLeft, signTop, signLeft + sign, signTop + sign},
-                        look_.palette.titleText);
+        DrawCaptionSign(dc, captionCommands[button], SquareIn(CaptionButton(button), sign), look_.palette.titleText);
     }
 }
 

@@ -7,9 +7,6 @@
 
 namespace {
 
-constexpr DWORD popupStyle = WS_POPUP;
-constexpr DWORD popupExtendedStyle = WS_EX_TOOLWINDOW | WS_EX_TOPMOST | WS_EX_NOACTIVATE;
-
 // The popup's place on the monitor of that point, moved to the left where it would not fit.
 RECT PlaceOf(POINT at, SIZE size) {
     MONITORINFO monitor = {};
@@ -21,16 +18,26 @@ RECT PlaceOf(POINT at, SIZE size) {
 
 }  // namespace
 
+void Popup::Open(const wchar_t* className, const std::wstring& title, const RECT& place, HWND owner) {
+    Create(className, title.c_str(), WS_POPUP, WS_EX_TOOLWINDOW | WS_EX_TOPMOST | WS_EX_NOACTIVATE, place, owner);
+    ShowWindow(Get(), SW_SHOWNOACTIVATE);
+}
+
+LRESULT Popup::Handle(UINT message, WPARAM wParam, LPARAM lParam) {
+    switch (message) {
+        case WM_MOUSEACTIVATE: return MA_NOACTIVATE;
+        case WM_ERASEBKGND: return TRUE;
+        default: return Window::Handle(message, wParam, lParam);
+    }
+}
+
 MenuPopup::MenuPopup(HWND owner, const RibbonElement& menu, POINT at, const RibbonState& state, const Look& look)
     : owner_(owner), menu_(menu), state_(state), look_(look), layout_(LayOutMenu(menu, look.fonts)) {
-    Create(L"ZavoStandInMenu", menu.label.c_str(), popupStyle, popupExtendedStyle, PlaceOf(at, layout_.size), owner);
-    ShowWindow(Get(), SW_SHOWNOACTIVATE);
+    Open(L"ZavoStandInMenu", menu.label, PlaceOf(at, layout_.size), owner);
 }
 
 LRESULT MenuPopup::Handle(UINT message, WPARAM wParam, LPARAM lParam) {
     switch (message) {
-        case WM_MOUSEACTIVATE: return MA_NOACTIVATE;
-        case WM_ERASEBKGND: return TRUE;
         case WM_PAINT: Paint(); return 0;
         case WM_MOUSEMOVE: HoverOver(ItemAt(lParam)); return 0;
         case WM_MOUSELEAVE: HoverOver(-1); return 0;
@@ -44,7 +51,7 @@ LRESULT MenuPopup::Handle(UINT message, WPARAM wParam, LPARAM lParam) {
             }
             isPressed_ = false;
             return 0;
-        default: return Window::Handle(message, wParam, lParam);
+        default: return Popup::Handle(message, wParam, lParam);
     }
 }
 
@@ -77,17 +84,14 @@ int MenuPopup::ItemAt(LPARAM point) const {
 
 TipPopup::TipPopup(HWND owner, const RibbonElement& element, POINT at, const Look& look)
     : element_(element), look_(look), layout_(LayOutTip(element, look.fonts)) {
-    Create(L"ZavoStandInTip", element.label.c_str(), popupStyle, popupExtendedStyle, PlaceOf(at, layout_.size), owner);
-    ShowWindow(Get(), SW_SHOWNOACTIVATE);
+    Open(L"ZavoStandInTip", element.label, PlaceOf(at, layout_.size), owner);
 }
 
 LRESULT TipPopup::Handle(UINT message, WPARAM wParam, LPARAM lParam) {
     switch (message) {
-        case WM_MOUSEACTIVATE: return MA_NOACTIVATE;
         case WM_NCHITTEST: return HTTRANSPARENT;
-        case WM_ERASEBKGND: return TRUE;
         case WM_PAINT: Paint(); return 0;
-        default: return Window::Handle(message, wParam, lParam);
+        default: return Popup::Handle(message, wParam, lParam);
     }
 }
 

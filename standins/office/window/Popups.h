@@ -3,6 +3,8 @@
 
 #include <windows.h>
 
+#include <string>
+
 #include "standins/office/RibbonState.h"
 #include "standins/office/window/Look.h"
 #include "standins/office/window/Window.h"
@@ -10,7 +12,14 @@
 // Posted to the owner of a menu when an item is chosen; WPARAM is the item's place in the menu, from 0.
 inline constexpr UINT menuItemChosen = WM_APP + 1;
 
-class MenuPopup final : public Window {
+// A window above its owner that never becomes the active one.
+class Popup : public Window {
+protected:
+    void Open(const wchar_t* className, const std::wstring& title, const RECT& place, HWND owner);
+    LRESULT Handle(UINT message, WPARAM wParam, LPARAM lParam) override;
+};
+
+class MenuPopup final : public Popup {
 public:
     // At that point of the screen. Everything given has to outlive the menu.
     MenuPopup(HWND owner, const RibbonElement& menu, POINT at, const RibbonState& state, const Look& look);
@@ -33,7 +42,7 @@ private:
     bool isPressed_ = false;
 };
 
-class TipPopup final : public Window {
+class TipPopup final : public Popup {
 public:
     TipPopup(HWND owner, const RibbonElement& element, POINT at, const Look& look);
 

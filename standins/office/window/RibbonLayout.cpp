@@ -222,8 +222,7 @@ PopupLayout LayOutMenu(const RibbonElement& menu, const Fonts& fonts) {
         PlacedControl placed = {};
         placed.element = &item;
         placed.place = {2 * border, y, right - border, y + height};
-        placed.picture = Square(border + (fonts.Scaled(menuPictureColumn) - fonts.Scaled(smallPicture)) / 2,
-                                y + (height - fonts.Scaled(smallPicture)) / 2, fonts.Scaled(smallPicture));
+        placed.picture = SquareIn({border, y, textLeft, y + height}, fonts.Scaled(smallPicture));
         placed.lines = {{item.label, {textLeft, y + (height - fonts.LineHeight(TextStyle::Plain)) / 2}}};
         layout.items.push_back(placed);
         y += height;

@@ -78,15 +78,10 @@ void RibbonView::LayOut() {
     }
     // The window's own menu, at the right end of the row of tabs.
     const int right = ClientArea().right;
-    const int sign = fonts.Scaled(themesSign);
-    const int width = fonts.Scaled(themesWidth);
-    const int height = fonts.Scaled(tabsHeight);
-    const int signLeft = right - width + (width - sign) / 2;
-    const int signTop = (height - sign) / 2;
     PlacedControl themes = {};
     themes.element = &themes_;
-    themes.place = {right - width, 0, right, height};
-    themes.picture = {signLeft, signTop, signLeft + sign, signTop + sign};
+    themes.place = {right - fonts.Scaled(themesWidth), 0, right, fonts.Scaled(tabsHeight)};
+    themes.picture = SquareIn(themes.place, fonts.Scaled(themesSign));
     layout_.controls.push_back(themes);
     Redraw();
 }

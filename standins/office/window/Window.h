@@ -43,3 +43,10 @@ void HandleMessagesUntilQuit();
 
 inline int Width(const RECT& area) { return area.right - area.left; }
 inline int Height(const RECT& area) { return area.bottom - area.top; }
+
+// The square of that size in the middle of an area.
+inline RECT SquareIn(const RECT& area, int size) {
+    const int left = area.left + (Width(area) - size) / 2;
+    const int top = area.top + (Height(area) - size) / 2;
+    return {left, top, left + size, top + size};
+}
