@@ -57,6 +57,15 @@ def registry_texts():
     return found - {""}
 
 
+def written_names():
+    """What src/ and the engine call files and folders that they write."""
+    sources = "".join(path.read_text(encoding="utf-8") for path in files("src/outlook/*.cpp"))
+    found = {name.strip("\\") for name in
+             re.findall(r'wchar_t \w+(?:Folder|Name|Ending)\[\] = L"([^"]+)";', sources)}
+    sources = read("engine", "File.cpp") + read("engine", "FileWindows.cpp")
+    return found | set(re.findall(r'(?:name =|name \+|from \+) L?"([^"]+)"', sources))
+
+
 class Documents(unittest.TestCase):
     @classmethod
     def setUpClass(cls):
@@ -115,6 +124,40 @@ class Documents(unittest.TestCase):
             self.assertIn(sample, expected)  # the sources are still read as they are written
         guide = read("docs", "admin-guide.md").casefold()
         self.assertEqual({text for text in expected if text.casefold() not in guide}, set())
+
+    def test_AdminGuideHasTheNumbersThatRegistrationWrites(self):
+        source = read("src", "addin", "Registration.cpp")
+        numbers = dict(re.findall(r"constexpr DWORD (\w+) = (\d+);", source))
+        rows = set(re.findall(r'L"(\w+)", REG_DWORD, &(\w+)', source))
+        self.assertEqual(len(rows), 2)
+        claims = [f"`{value}` | {numbers[number]} (DWORD)" for value, number in rows]
+        guide = read("docs", "admin-guide.md")
+        self.assertEqual([claim for claim in claims if claim not in guide], [])
+
+    def test_AdminGuideNamesTheFilesThatAreWritten(self):
+        expected = written_names()
+        for sample in ("ZAVO Outlook PDFs", "Open", "Create", "Portfolio", ".files", "~zavo", ".tmp", ".old"):
+            self.assertIn(sample, expected)  # the sources are still read as they are written
+        guide = read("docs", "admin-guide.md")
+        section = guide[guide.index("\n## Files and folders"):guide.index("\n## Other programs")]
+        self.assertEqual({text for text in expected if text not in section}, set())
+
+    def test_AdminGuideHasTheMeasuredLoadCost(self):
+        rows = {name: [float(number) for number in numbers.split(" | ")] for name, numbers in re.findall(
+            r"^\| (all|ribbon loaded) \| ([\d. |]+) \|$", read("benchmarks", "README.md"), re.MULTILINE)}
+        empty, with_engine, ours = rows["all"][:3]
+        claims = [f"takes {ours:.1f} ms in a fresh process", f"{ours - with_engine:.1f} ms of it for the engine",
+                  f"beside {empty:.1f} ms for an empty add-in", f"{rows['ribbon loaded'][2]:.1f} ms are spent"]
+        guide = " ".join(read("docs", "admin-guide.md").split())
+        self.assertEqual([claim for claim in claims if claim not in guide], [])
+
+    def test_ReadmeIsShortAndLeadsOn(self):
+        readme = read("README.md")
+        self.assertLessEqual(len(readme.splitlines()), 80)
+        self.assertIn("](docs/user-guide/word.png)", readme.partition("\n## ")[0])
+        self.assertEqual(re.findall(r"^## (.+)$", readme, re.MULTILINE),
+                         ["Try it", "Install it", "Change it", "Pages", "Licence"])
+        self.assertIn("owner has yet to name", readme.partition("\n## Licence")[2])
 
     def test_ChangelogHasTheVersion(self):
         versions = re.findall(r"^## \[(\d+\.\d+\.\d+)\]", read("CHANGELOG.md"), re.MULTILINE)
