@@ -31,12 +31,12 @@ declare -A ZAVO_PACKAGES=(
     [render]="libreoffice-writer-nogui libreoffice-calc-nogui libreoffice-impress-nogui python3-uno poppler-utils
         fonts-liberation fonts-symbola fonts-wqy-microhei"
     [screen]="xvfb fonts-noto-core fonts-wqy-microhei"
-    [test]="qpdf xdotool"
+    [test]="qpdf xdotool python3-pefile"
     [corpus]="python3-pikepdf qpdf poppler-utils"
     [peers]="qpdf poppler-utils mupdf-tools pdftk-java"
     [fuzzer]="clang-14 libclang-rt-14-dev"
     [icons]="librsvg2-bin python3"
-    [package]="wixl msitools python3"
+    [package]="wixl msitools python3-pefile"
     [sign]="osslsigncode openssl"
     [lint]="clang-14 clang-format-14 clang-tidy-14 git"
     # Manuals with bookmarks, links and named destinations; only their files are wanted, see unpack_packages.

@@ -2,24 +2,33 @@
 import pathlib
 import re
 import shutil
-import struct
 import subprocess
 import tempfile
 import unittest
+
+import pefile
 
 from support import BIN, run_script
 
 ADDIN, ENGINE = "zavoofficeaddin.dll", "ZavoKit.dll"
 
 
-def headers(name):
-    command = ["x86_64-w64-mingw32-objdump", "-p", BIN / name]
-    return subprocess.run(command, capture_output=True, text=True, check=True).stdout
+def library(name):
+    """A library with what it exports and imports, and its version."""
+    read = pefile.PE(data=(BIN / name).read_bytes(), fast_load=True)
+    read.parse_data_directories([pefile.DIRECTORY_ENTRY[f"IMAGE_DIRECTORY_ENTRY_{directory}"]
+                                 for directory in ("EXPORT", "IMPORT", "RESOURCE")])
+    return read
 
 
 def exports(name):
-    table = headers(name).split("[Ordinal/Name Pointer] Table\n")[1].split("\n\n")[0]
-    return re.findall(r"\] (\w+)$", table, re.MULTILINE)
+    return [symbol.name.decode() for symbol in library(name).DIRECTORY_ENTRY_EXPORT.symbols]
+
+
+def imports(name):
+    """The functions that a library imports, by the library that has them."""
+    return {entry.dll.decode(): [function.name.decode() for function in entry.imports]
+            for entry in library(name).DIRECTORY_ENTRY_IMPORT}
 
 
 class AddinLibrary(unittest.TestCase):
@@ -28,18 +37,18 @@ class AddinLibrary(unittest.TestCase):
                          ["DllCanUnloadNow", "DllGetClassObject", "DllRegisterServer", "DllUnregisterServer"])
 
     def test_ImportsTheSixteenFunctionsOfTheEngine(self):
-        block = headers(ADDIN).split("DLL Name: ZavoKit.dll")[1].split("DLL Name:")[0]
-        imported = sorted(re.findall(r"PDF\w+", block))
+        imported = sorted(imports(ADDIN)[ENGINE])
         self.assertEqual(len(imported), 16)
         self.assertEqual(imported, sorted(exports(ENGINE)))
 
     def test_TakesNoThreadNotifications(self):
-        self.assertIn("DisableThreadLibraryCalls", headers(ADDIN))
+        self.assertIn("DisableThreadLibraryCalls", imports(ADDIN)["KERNEL32.dll"])
 
     def test_VersionIsThatOfTheFileVersion(self):
         version = (BIN.parents[1] / "VERSION").read_text(encoding="ascii").strip()
         for name in (ADDIN, ENGINE):
-            self.assertIn(version.encode("utf-16-le"), (BIN / name).read_bytes(), name)
+            texts = library(name).FileInfo[0][0].StringTable[0].entries
+            self.assertEqual(texts[b"FileVersion"].decode(), version, name)
 
 
 class CheckBinaries(unittest.TestCase):
@@ -50,14 +59,12 @@ class CheckBinaries(unittest.TestCase):
         for name in (ADDIN, ENGINE):
             shutil.copy(BIN / name, self.folder)
 
-    def change(self, name, *places):
-        """Changes bits of the copy: for each place (offset from the PE header, mask to set, mask to clear)."""
-        data = bytearray((self.folder / name).read_bytes())
-        start = struct.unpack_from("<I", data, 0x3C)[0]
-        for offset, added, removed in places:
-            value = struct.unpack_from("<I", data, start + offset)[0]
-            struct.pack_into("<I", data, start + offset, (value | added) & ~removed)
-        (self.folder / name).write_bytes(data)
+    def change(self, name, part, field, added, removed):
+        """Sets and clears bits in a field of the copy."""
+        copy = pefile.PE(data=(self.folder / name).read_bytes(), fast_load=True)
+        structure = copy.sections[0] if part == "section" else getattr(copy, part)
+        setattr(structure, field, (getattr(structure, field) | added) & ~removed)
+        (self.folder / name).write_bytes(copy.write())
 
     def findings(self, expected_code):
         code, out, errors = run_script("check-binaries", str(self.folder))
@@ -73,16 +80,17 @@ class CheckBinaries(unittest.TestCase):
             self.assertRegex(out, rf"{re.escape(line)} +not available with this tool chain")
 
     def test_NamesEachHeaderThatIsNotAsItShouldBe(self):
-        flags, characteristics, first_section = 24 + 68, 20, 24 + 240
-        for place, finding in (((flags, 0, 0x40 << 16), "address layout randomised"),
-                               ((flags, 0, 0x20 << 16), "over 64 bits (high entropy)"),
-                               ((flags, 0, 0x100 << 16), "data not executable (NX)"),
-                               ((characteristics, 1 << 16, 0), "relocations"),
-                               ((8, 0x5F5E0FF, 0), "time stamp"),
-                               ((first_section + 36, 0x80000000, 0), "sections writable and executable")):
+        loader = "OPTIONAL_HEADER", "DllCharacteristics"
+        for place, added, removed, finding in (
+                (loader, 0, 0x40, "address layout randomised"),
+                (loader, 0, 0x20, "over 64 bits (high entropy)"),
+                (loader, 0, 0x100, "data not executable (NX)"),
+                (("FILE_HEADER", "Characteristics"), 1, 0, "relocations"),
+                (("FILE_HEADER", "TimeDateStamp"), 0x5F5E0FF, 0, "time stamp"),
+                (("section", "Characteristics"), 0x80000000, 0, "sections writable and executable")):
             with self.subTest(finding):
                 shutil.copy(BIN / ENGINE, self.folder)
-                self.change(ENGINE, place)
+                self.change(ENGINE, *place, added, removed)
                 self.assertEqual(self.findings(1)[0], [finding])
 
     def test_NamesWhatAnotherLibraryLacks(self):
@@ -100,7 +108,11 @@ class CheckBinaries(unittest.TestCase):
         self.assertIn("preferred base", self.findings(1)[0])
 
     def test_WhatIsNoLibraryIsSaidInOneLine(self):
-        for content, said in ((b"MZ", "is not a 64-bit library for Windows"), (None, "No such file or directory")):
+        damaged = library(ADDIN)
+        damaged.OPTIONAL_HEADER.DATA_DIRECTORY[1].VirtualAddress = 0x7FFFFFFF  # of its imports
+        for content, said in ((b"MZ", "is not a 64-bit library for Windows"),
+                              (damaged.write(), "is not a 64-bit library for Windows"),
+                              (None, "No such file or directory")):
             (self.folder / ADDIN).unlink()
             if content is not None:
                 (self.folder / ADDIN).write_bytes(content)

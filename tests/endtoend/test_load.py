@@ -2,10 +2,11 @@
 import collections
 import os
 import re
-import struct
 import subprocess
 import tempfile
 import unittest
+
+import pefile
 
 from support import BIN, ROOT, windows_path
 
@@ -29,9 +30,7 @@ HARMLESS = re.compile(r"""
 
 
 def size_in_memory(library):
-    data = (BIN / library).read_bytes()
-    headers = struct.unpack_from("<I", data, 0x3C)[0]
-    return struct.unpack_from("<I", data, headers + 24 + 56)[0]
+    return pefile.PE(data=(BIN / library).read_bytes(), fast_load=True).OPTIONAL_HEADER.SizeOfImage
 
 
 def calls_by_step():
