@@ -12,8 +12,9 @@ Prints the findings but "fits". Exit code 1 when a font lacks a glyph or a text 
 import collections
 import html
 import os
-import struct
 import sys
+
+from PIL import Image
 
 Picture = collections.namedtuple("Picture", "file host code language theme scale kind")
 Text = collections.namedtuple("Text", "host language scale control attribute finding text")
@@ -60,8 +61,8 @@ td img { display: block; width: 100%; height: auto }
 
 
 def picture_size(path):
-    with open(path, "rb") as file:
-        return struct.unpack_from(">II", file.read(24), 16)
+    with Image.open(path) as image:
+        return image.size
 
 
 def read(path, kind):

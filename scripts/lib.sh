@@ -31,10 +31,11 @@ declare -A ZAVO_PACKAGES=(
     [render]="libreoffice-writer-nogui libreoffice-calc-nogui libreoffice-impress-nogui python3-uno poppler-utils
         fonts-liberation fonts-symbola fonts-wqy-microhei"
     [screen]="xvfb fonts-noto-core fonts-wqy-microhei"
-    [test]="qpdf xdotool python3-pefile"
-    [corpus]="python3-pikepdf qpdf poppler-utils"
+    [test]="qpdf xdotool python3-pefile python3-pil"
+    [corpus]="python3-pikepdf python3-pil qpdf poppler-utils"
     [peers]="qpdf poppler-utils mupdf-tools pdftk-java"
     [fuzzer]="clang-14 libclang-rt-14-dev"
+    [gallery]="python3-pil"
     [icons]="librsvg2-bin python3"
     [package]="wixl msitools python3-pefile"
     [sign]="osslsigncode openssl"

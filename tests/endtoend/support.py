@@ -1,4 +1,5 @@
 """What the end-to-end tests share: the stand-ins as programs, documents, and PDFs as other tools read them."""
+import io
 import json
 import os
 import pathlib
@@ -10,7 +11,8 @@ import tempfile
 import time
 import unittest
 import unittest.mock
-import zlib
+
+from PIL import Image
 
 ROOT = pathlib.Path(__file__).resolve().parents[2]
 BIN = ROOT / "build" / "bin"
@@ -112,77 +114,39 @@ def qpdf_check(pdf):
         raise AssertionError(done.stdout + done.stderr)
 
 
-def png_size(png):
-    return struct.unpack_from(">II", png, 16)
+def png_image(png):
+    """The picture, which is read when it is looked at; fails unless the file is whole."""
+    if not png.endswith(b"\0\0\0\0IEND\xAEB`\x82"):
+        raise ValueError("the PNG has no end")
+    Image.open(io.BytesIO(png)).verify()
+    return Image.open(io.BytesIO(png))
 
 
 def png_pixels(png, rows_wanted=None):
-    """The rows of a picture (8 bits a channel, not interlaced) as RGB tuples, all or the first ones.
-
-    Fails unless the file is whole.
-    """
-    width, height, depth, kind, _, _, interlaced = struct.unpack_from(">IIBBBBB", png, 16)
-    if png[:8] != b"\x89PNG\r\n\x1a\n" or (depth, interlaced) != (8, 0) or kind not in (2, 6):
-        raise ValueError(f"a PNG of depth {depth}, colour type {kind}, interlace {interlaced}")
-    packed, position = b"", 8
-    while position < len(png):
-        length, name = struct.unpack_from(">I4s", png, position)
-        end = position + 8 + length
-        if zlib.crc32(png[position + 4:end]) != struct.unpack_from(">I", png, end)[0]:
-            raise ValueError("the PNG is damaged")
-        if name == b"IDAT":
-            packed += png[position + 8:end]
-        position = end + 4
-    if name != b"IEND":
-        raise ValueError("the PNG has no end")
-    data = zlib.decompress(packed)
-    step = 4 if kind == 6 else 3
-    stride = width * step
-    rows, above = [], bytes(stride)
-    for y in range(min(height, rows_wanted or height)):
-        start = y * (stride + 1)
-        above = png_row(data[start], data[start + 1:start + 1 + stride], above, step)
-        rows.append(list(zip(above[0::step], above[1::step], above[2::step])))
-    return rows
+    """The rows of a picture as RGB tuples, all or the first ones."""
+    image = png_image(png).convert("RGB")
+    return pixel_rows(image.crop((0, 0, image.width, min(image.height, rows_wanted or image.height))))
 
 
-def png_row(kind, filtered, above, step):
-    """A row as it was before each byte was reduced by what its neighbours let expect."""
-    if kind == 0:
-        return filtered
-    if kind == 2:
-        return bytes((value + up) & 255 for value, up in zip(filtered, above))
-    row = bytearray(step)  # a pixel of zeros on the left, and so in the row above
-    above = bytes(step) + above
-    for place, value in enumerate(filtered):
-        left, up, corner = row[place], above[place + step], above[place]
-        if kind == 1:
-            guess = left
-        elif kind == 3:
-            guess = (left + up) // 2
-        else:
-            middle = left + up - corner
-            guess = min((left, up, corner), key=lambda near: abs(middle - near))
-        row.append((value + guess) & 255)
-    return bytes(row[step:])
+def pixel_rows(image):
+    """The rows of a picture, as tuples of what each pixel has in each channel."""
+    pixels = list(zip(*(channel.tobytes() for channel in image.split())))
+    return [pixels[start:start + image.width] for start in range(0, len(pixels), image.width)]
 
 
 def screen_pixels(area=None):
     """What the screen of the session with one shows now: rows of RGB tuples, of an area (left, top, width, height)."""
     with open(os.environ["ZAVO_SCREEN_FRAMEBUFFER"], "rb") as file:
         dump = file.read()
+    # X's window dump, which Pillow cannot open, but its pixels it can.
     header = struct.unpack_from(">20I", dump)
     start, depth, width, height, byte_order, bits, stride, colours = (header[i] for i in (0, 3, 4, 5, 7, 11, 12, 19))
     masks = header[14:17]
     if (depth, byte_order, bits, masks) != (24, 0, 32, (0xFF0000, 0xFF00, 0xFF)):
         raise ValueError(f"a screen of depth {depth}, byte order {byte_order}, {bits} bits a pixel, masks {masks}")
-    start += 12 * colours
+    image = Image.frombytes("RGB", (width, height), dump[start + 12 * colours:], "raw", "BGRX", stride)
     left, top, wide, high = area or (0, 0, width, height)
-    rows = []
-    for y in range(top, min(top + high, height)):
-        row = dump[start + y * stride + 4 * left:start + y * stride + 4 * min(left + wide, width)]
-        rows.append(list(zip(row[2::4], row[1::4], row[0::4])))
-    return rows
+    return pixel_rows(image.crop((left, top, min(left + wide, width), min(top + high, height))))
 
 
 def wait_until(condition, seconds=10):

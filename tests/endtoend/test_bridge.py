@@ -1,4 +1,5 @@
 """The bridge to LibreOffice: the pictures that it draws of documents."""
+import io
 import itertools
 import os
 import pathlib
@@ -7,6 +8,8 @@ import stat
 import tempfile
 import unittest
 
+from PIL import Image
+
 from support import ROOT, ask_bridge, png_pixels
 
 SAMPLES = ROOT / "samples"
@@ -14,6 +17,18 @@ SAMPLES = ROOT / "samples"
 
 def inches(centimetres, dpi):
     return round(centimetres / 2.54 * dpi)
+
+
+class PictureFile(unittest.TestCase):
+    def test_NothingThatIsCutOrDamagedIsTakenForAPicture(self):
+        file = io.BytesIO()
+        Image.radial_gradient("L").resize((12, 9)).convert("RGB").save(file, "PNG")
+        whole = file.getvalue()
+        self.assertEqual(len(png_pixels(whole)), 9)
+        for place, byte in enumerate(whole):
+            for wrong in (whole[:place], whole[:place] + bytes([byte ^ 1]) + whole[place + 1:]):
+                with self.assertRaises((OSError, SyntaxError, ValueError), msg=place):
+                    png_pixels(wrong)
 
 
 class Picture(unittest.TestCase):

@@ -3,13 +3,14 @@ import collections
 import html.parser
 import pathlib
 import shutil
-import struct
 import subprocess
 import sys
 import tempfile
 import unittest
 
-from support import ROOT, png_pixels, png_size, run_script
+from PIL import Image
+
+from support import ROOT, png_image, png_pixels, run_script
 
 HOSTS = {"word": ("tip",), "excel": ("tip",), "powerpoint": ("tip",), "outlook": ("menu-open", "menu-create")}
 RUNS = (("en", 100), ("ja", 100), ("en", 150), ("en", 200))  # languages and scales
@@ -66,7 +67,7 @@ class Gallery(unittest.TestCase):
                     for kind in ("", *(f"-{kind}" for kind in kinds)):
                         name = f"{host}-{language}-{theme}-{scale}{kind}.png"
                         expected[name] = (10 * scale, 64 * scale // 10)
-        drawn = {path.name: png_size(path.read_bytes()) for path in self.folder.glob("*.png")}
+        drawn = {path.name: png_image(path.read_bytes()).size for path in self.folder.glob("*.png")}
         self.assertEqual(drawn, expected)
         self.assertEqual({path.name for path in self.folder.iterdir()}, {*expected, "index.html", "texts.txt"})
 
@@ -129,8 +130,7 @@ class Page(unittest.TestCase):
         """A gallery of one picture with a text for each finding: the exit code, the output and the page."""
         folder = pathlib.Path(tempfile.mkdtemp(prefix="zavo-"))
         self.addCleanup(shutil.rmtree, folder)
-        head = b"\x89PNG\r\n\x1a\n" + struct.pack(">I4sII", 13, b"IHDR", 10, 20)
-        (folder / "word-xx-light-100.png").write_bytes(head)
+        Image.new("RGB", (10, 20)).save(folder / "word-xx-light-100.png")
         (folder / "pictures").write_text("word-xx-light-100.png\tWord\txx\tX & Y\tlight\t100\t\n", encoding="utf-8")
         (folder / "texts").write_text("".join(f"Word\tX & Y\t100\tID\tlabel\t{finding}\t<b>{number}</b>\n"
                                               for number, finding in enumerate(findings)), encoding="utf-8")

@@ -4,7 +4,9 @@ import re
 import struct
 import unittest
 
-from support import ROOT
+from PIL import Image
+
+from support import ROOT, pixel_rows
 
 RESOURCES = ROOT / "src" / "resources"
 SIZES = (64, 48, 32, 24, 20, 16)
@@ -27,14 +29,11 @@ class Picture:
         width, height = self.header[1], self.header[2] // 2
         stride = (width + 31) // 32 * 4
         self.expected_bytes = 40 + height * (width * 4 + stride)
-        self.colours, self.alpha, self.mask = [], [], []
-        for y in reversed(range(height)):
-            row = list(struct.iter_unpack("4B", image[40 + y * width * 4:40 + (y + 1) * width * 4]))
-            self.colours.append([pixel[:3] for pixel in row])
-            self.alpha.append([pixel[3] for pixel in row])
-            start = 40 + height * width * 4 + y * stride
-            bits = f"{int.from_bytes(image[start:start + stride], 'big'):0{stride * 8}b}"
-            self.mask.append([int(bit) for bit in bits[:width]])
+        rows = pixel_rows(Image.frombytes("RGBA", (width, height), image[40:], "raw", "BGRA", 0, -1))
+        self.colours = [[pixel[:3] for pixel in row] for row in rows]
+        self.alpha = [[pixel[3] for pixel in row] for row in rows]
+        mask = Image.frombytes("1", (width, height), image[40 + height * width * 4:], "raw", "1", stride, -1)
+        self.mask = [[value // 255 for value, in row] for row in pixel_rows(mask.convert("L"))]
 
     def shown_colours(self):
         return {colour for colours, alphas in zip(self.colours, self.alpha)

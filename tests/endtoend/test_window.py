@@ -47,7 +47,7 @@ def shows(control, area, dark):
     picture = icon(control, area[2], dark)
     for row, colours, alphas in zip(pixels, picture.colours, picture.alpha):
         for pixel, colour, alpha in zip(row, colours, alphas):
-            expected = [(c * alpha + b * (255 - alpha)) / 255 for c, b in zip(reversed(colour), behind)]
+            expected = [(c * alpha + b * (255 - alpha)) / 255 for c, b in zip(colour, behind)]
             if max(abs(p - e) for p, e in zip(pixel, expected)) > 3:
                 return False
     return True
