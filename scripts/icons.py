@@ -1,10 +1,12 @@
 """Makes the ribbon's .ico files and the pictures of them from the drawings; called by scripts/make-icons."""
 import base64
+import io
 import pathlib
 import struct
 import subprocess
 import sys
-import zlib
+
+from PIL import Image
 
 DRAWINGS = pathlib.Path(__file__).resolve().parents[1] / "src" / "resources" / "icons"
 # The cells of a drawing from left to right, and what the user reads beside them on the contact sheet.
@@ -24,73 +26,30 @@ RIBBONS = {"light": ((0x3B, 0x3B, 0x3B), (0xF3, 0xF3, 0xF3)),
            "dark": ((0xFF, 0xFF, 0xFF), (0x29, 0x29, 0x29))}
 
 
-# --- PNG: what rsvg-convert writes (8-bit RGBA, not interlaced) and what people look at (8-bit RGB) -------------------
-
-def png_alpha(png):
-    """The alpha channel, a list of rows."""
-    width, height, depth, kind, _, _, interlaced = struct.unpack(">IIBBBBB", png[16:29])
-    if (depth, kind, interlaced) != (8, 6, 0):
-        raise ValueError(f"PNG of depth {depth}, colour type {kind}, interlace {interlaced}")
-    packed, position = b"", 8
-    while position < len(png):
-        length, = struct.unpack_from(">I", png, position)
-        if png[position + 4:position + 8] == b"IDAT":
-            packed += png[position + 8:position + 8 + length]
-        position += length + 12
-    data = zlib.decompress(packed)
-    # Each row starts with its filter; a filter predicts a byte from those to the left, above, and above left.
-    rows, above = [], bytes(width)
-    for y in range(height):
-        filtered = data[y * (width * 4 + 1):(y + 1) * (width * 4 + 1)]
-        row = bytearray()
-        for x, value in enumerate(filtered[4::4]):
-            left, corner = (row[-1], above[x - 1]) if x else (0, 0)
-            row.append((value + predicted(filtered[0], left, above[x], corner)) % 256)
-        rows.append(row)
-        above = row
-    return rows
-
-
-def predicted(kind, left, above, corner):
-    if kind == 4:
-        guess = left + above - corner
-        return min((left, above, corner), key=lambda value: abs(guess - value))
-    return (0, left, above, (left + above) // 2)[kind]
-
-
-def png(rows):
-    """Rows of RGB tuples as a PNG."""
-    def chunk(name, data):
-        return struct.pack(">I", len(data)) + name + data + struct.pack(">I", zlib.crc32(name + data))
-
-    pixels = b"".join(b"\0" + bytes(value for pixel in row for value in pixel) for row in rows)
-    return (b"\x89PNG\r\n\x1a\n" + chunk(b"IHDR", struct.pack(">IIBBBBB", len(rows[0]), len(rows), 8, 2, 0, 0, 0)) +
-            chunk(b"IDAT", zlib.compress(pixels, 9)) + chunk(b"IEND", b""))
-
-
 # --- Icons ------------------------------------------------------------------------------------------------------------
 
 def render():
-    """The alpha channel of every picture, by name and size."""
+    """What each picture covers, from nothing (0) to all (255) of a pixel, by name and size."""
     pictures = {}
     for size, grid in SIZES:
         command = ["rsvg-convert", f"--zoom={size / grid}", DRAWINGS / f"grid-{grid}.svg"]
-        strip = png_alpha(subprocess.run(command, capture_output=True, check=True).stdout)
-        if (len(strip), len(strip[0])) != (size, size * len(ICONS)):
+        drawn = subprocess.run(command, capture_output=True, check=True).stdout
+        strip = Image.open(io.BytesIO(drawn)).getchannel("A")
+        if strip.size != (size * len(ICONS), size):
             raise ValueError(f"grid-{grid}.svg is not a row of {len(ICONS)} cells")
         for index, (name, _) in enumerate(ICONS):
-            pictures[name, size] = [row[index * size:(index + 1) * size] for row in strip]
+            pictures[name, size] = strip.crop((index * size, 0, (index + 1) * size, size))
     return pictures
 
 
 def dib(alpha, colour):
     """A 32-bit picture as .ico files hold it: header, BGRA from the lowest row up, mask with 1 where nothing shows."""
-    size = len(alpha)
-    pixels = b"".join(bytes((*reversed(colour), a)) if a else bytes(4) for row in reversed(alpha) for a in row)
-    mask = b""
-    for row in reversed(alpha):
-        bits = "".join("0" if a else "1" for a in row).ljust((size + 31) // 32 * 32, "0")
-        mask += int(bits, 2).to_bytes(len(bits) // 8, "big")
+    size = alpha.width
+    picture = Image.new("RGBA", alpha.size)
+    picture.paste(colour, mask=alpha.point(lambda a: 255 if a else 0))
+    picture.putalpha(alpha)
+    pixels = picture.tobytes("raw", "BGRA", 0, -1)
+    mask = alpha.point(lambda a: 0 if a else 255, "1").tobytes("raw", "1", (size + 31) // 32 * 4, -1)
     header = struct.pack("<IiiHHIIiiII", 40, size, size * 2, 1, 32, 0, len(pixels) + len(mask), 0, 0, 0, 0)
     return header + pixels + mask
 
@@ -100,24 +59,27 @@ def ico(alphas, colour):
     position = 6 + 16 * len(images)
     directory = struct.pack("<HHH", 0, 1, len(images))
     for alpha, image in zip(alphas, images):
-        directory += struct.pack("<BBBBHHII", len(alpha), len(alpha), 0, 0, 1, 32, len(image), position)
+        directory += struct.pack("<BBBBHHII", *alpha.size, 0, 0, 1, 32, len(image), position)
         position += len(image)
     return directory + b"".join(images)
 
 
 # --- Pictures for people ----------------------------------------------------------------------------------------------
 
-def laid_over(alpha, colour, background, factor=1):
-    """Rows of RGB tuples, every pixel a square of factor x factor."""
-    shades = [tuple((c * a + b * (255 - a) + 127) // 255 for c, b in zip(colour, background)) for a in range(256)]
-    return [[shades[a] for a in row for _ in range(factor)] for row in alpha for _ in range(factor)]
+def png(alpha, colour, background, factor=1):
+    """The picture laid over a background, every pixel a square of factor x factor."""
+    flat = Image.composite(*(Image.new("RGB", alpha.size, colour) for colour in (colour, background)), alpha)
+    file = io.BytesIO()
+    flat.resize((flat.width * factor, flat.height * factor), Image.Resampling.NEAREST).save(file, "PNG")
+    return file.getvalue()
 
 
 def guide_picture(pictures, ribbon):
     """All icons at 32 pixels in a row, twice enlarged, with 8 pixels of background around each."""
-    blank = [bytes(48)] * 8
-    cells = [blank + [bytes(8) + row + bytes(8) for row in pictures[name, 32]] + blank for name, _ in ICONS]
-    return png(laid_over([b"".join(rows) for rows in zip(*cells)], *RIBBONS[ribbon], 2))
+    row = Image.new("L", (48 * len(ICONS), 48))
+    for index, (name, _) in enumerate(ICONS):
+        row.paste(pictures[name, 32], (48 * index + 8, 8))
+    return png(row, *RIBBONS[ribbon], 2)
 
 
 def contact_sheet(pictures):
@@ -128,7 +90,7 @@ def contact_sheet(pictures):
     svg = [f'<svg xmlns="http://www.w3.org/2000/svg" width="{width}" height="{height}" font-family="sans-serif">']
 
     def place(name, size, ribbon, x, y, factor):
-        data = base64.b64encode(png(laid_over(pictures[name, size], *RIBBONS[ribbon], factor))).decode()
+        data = base64.b64encode(png(pictures[name, size], *RIBBONS[ribbon], factor)).decode()
         svg.append(f'<image x="{x}" y="{y}" width="{size * factor}" height="{size * factor}" '
                    f'href="data:image/png;base64,{data}"/>')
 
