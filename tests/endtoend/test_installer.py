@@ -200,6 +200,43 @@ class Package(unittest.TestCase):
                       "STATIC_LINK" and relation["spdxElementId"] == "SPDXRef-File-" + user]
             self.assertEqual(len(linked), count)
 
+    def test_IsForAllUsersOf64BitWindows(self):
+        summary = subprocess.run(["msiinfo", "suminfo", self.msi], capture_output=True, text=True, check=True).stdout
+        self.assertIn("\nTemplate: x64;1033\n", summary)
+        self.assertIn("\nSource: 2 (2)\n", summary)  # compressed, and with rights that have to be granted
+        self.assertEqual(msi_property(self.msi, "ALLUSERS"), "1")
+        self.assertEqual({row["Attributes"] for row in table(self.msi, "Component")}, {"256"})
+        self.assertEqual({row["Root"] for row in table(self.msi, "Registry")}, {"2"})
+
+    def test_CodesStayTheSameFromVersionToVersion(self):
+        # With others an upgrade would leave the older version installed beside the newer one.
+        code = "{BAE0F222-7368-45F6-9793-7A6933386CAE}"
+        self.assertEqual(msi_property(self.msi, "UpgradeCode"), code)
+        self.assertEqual([(row["UpgradeCode"], row["Attributes"], row["ActionProperty"])
+                          for row in table(self.msi, "Upgrade")],
+                         [(code, "2", "NEWERPRODUCTS"), (code, "256", "REPLACEDPRODUCTS")])
+        self.assertEqual({row["Component"]: row["ComponentId"] for row in table(self.msi, "Component")},
+                         {"Engine": "{6CF98AC9-5D19-4A6F-A1DE-9D5BD0C41285}",
+                          "Notices": "{0B62E2A3-82A7-41D3-AA2D-EDC4EC203C15}",
+                          "Addin": "{CD67008A-8EFB-4BCD-A590-0431413C89EC}"})
+
+    def test_LongNamesHaveShortOnes(self):
+        names = [row["FileName"] for row in table(self.msi, "File")]
+        names += [row["DefaultDir"] for row in table(self.msi, "Directory") if row["Directory_Parent"] != ""]
+        self.assertIn("ZAVOOF~1|ZAVO Office Add-in", names)
+        for name in names:
+            short, *long = name.split("|")
+            self.assertRegex(short, r"^([\w~-]{1,8}(\.\w{1,3})?|\.)$")
+            self.assertLessEqual(len(long), 1)
+        self.assertEqual(sorted(name.split("|")[-1] for name in names[:3]), INSTALLED)
+
+    def test_ListOfInstalledProgramsHasAPictureAndNothingToChange(self):
+        self.assertEqual((msi_property(self.msi, "ProductName"), msi_property(self.msi, "Manufacturer"),
+                          msi_property(self.msi, "ARPNOMODIFY")), ("ZAVO Office Add-in", "ZAVO", "1"))
+        picture = subprocess.run(["msiinfo", "extract", self.msi, "Icon." + msi_property(self.msi, "ARPPRODUCTICON")],
+                                 capture_output=True, check=True).stdout
+        self.assertEqual(picture, (ROOT / "src" / "resources" / "icons" / "create-light.ico").read_bytes())
+
     def test_RefusalsAreInPlainWords(self):
         conditions = {row["Description"]: row["Condition"] for row in table(self.msi, "LaunchCondition")}
         self.assertEqual(conditions, {
@@ -299,8 +336,8 @@ class Installer(unittest.TestCase):
         (self.place / "ZavoKit.dll").unlink()
         reg("delete", r"HKLM\SOFTWARE\Microsoft\Office\Word\Addins\ZAVO.OfficeAddin", "/f")
         self.assertFalse(registry(OFFICE) >= {row for row in rows if row[0].startswith(OFFICE.lower())})
-        # Wine's msiexec has no /f; on Windows "/fomus" stands for these properties.
-        self.msiexec("/i", windows_path(self.msi), "REINSTALL=ALL", "REINSTALLMODE=omus")
+        # Wine's msiexec has no /f; on Windows "/famus" stands for these properties.
+        self.msiexec("/i", windows_path(self.msi), "REINSTALL=ALL", "REINSTALLMODE=amus")
         self.assert_installed()
         self.assertEqual(self.own_rows(), rows)
         self.assertEqual(products(), [VERSION])
@@ -382,14 +419,23 @@ class Installer(unittest.TestCase):
         self.assertEqual((code, errors), (0, ""), out)
         self.assertIn("Harbour bridge", pdf_text(pdf))
 
-    def test_AddinIsCreatedFromWhereItIsInstalled(self):
-        self.msiexec("/i", windows_path(self.msi))
+    def assert_addin_is_created(self, expected=True):
         script = self.folder / "create.js"
         script.write_text('new ActiveXObject("ZAVO.OfficeAddin"); WScript.Echo("created");', encoding="ascii")
-        create = ("cscript.exe", "//nologo", windows_path(script))
-        self.assertEqual(wine(*create)[1].strip(), "created")
-        (self.place / "zavoofficeaddin.dll").rename(self.folder / "away.dll")
-        self.assertNotIn("created", wine(*create)[1])
+        self.assertEqual("created" in wine("cscript.exe", "//nologo", windows_path(script))[1], expected)
+
+    def test_AddinIsCreatedFromWhereItIsInstalled(self):
+        # Somebody who wants it elsewhere can say so.
+        for place, options in ((self.place, ()),
+                               (self.prefix / "drive_c" / "Else where", ("INSTALLFOLDER=C:\\Else where",))):
+            self.msiexec("/i", windows_path(self.msi), *options)
+            self.assert_addin_is_created()
+            (place / "zavoofficeaddin.dll").rename(place / "away.dll")
+            self.assert_addin_is_created(False)
+            (place / "away.dll").rename(place / "zavoofficeaddin.dll")
+            # Windows knows from its books where a component is; Wine has to be told again.
+            self.msiexec("/x", windows_path(self.msi), *options)
+            self.assertFalse(place.exists())
 
 
 if __name__ == "__main__":

@@ -63,6 +63,7 @@ class Scripts(unittest.TestCase):
                                 (("package", "--out", ROOT / "docs"), "docs is not empty"),
                                 (("package", "--libraries", ROOT / "docs"), "zavoofficeaddin.dll and ZavoKit.dll are"),
                                 (("package", "--version", "1.2"), "a version has three numbers, as in 1.2.3: 1.2"),
+                                (("package", "--version", "1.256.0"), "Windows Installer takes versions below 256"),
                                 (("make-icons", "--what"), "unknown option --what"),
                                 (("check-binaries", "--what"), "unknown option --what"),
                                 (("check-reproducible", "--what"), "unknown option --what"),
