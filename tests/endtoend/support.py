@@ -50,6 +50,21 @@ def run_script(script, *arguments, cwd="/"):
     return done.returncode, done.stdout, done.stderr
 
 
+def make_certificate(folder, name="Throwaway", usage="codeSigning"):
+    """A certificate that signs itself, and its key, in files of that folder; gives both paths."""
+    certificate, key = folder / f"{name}.pem", folder / f"{name}.key"
+    subprocess.run(["openssl", "req", "-x509", "-newkey", "rsa:2048", "-nodes", "-days", "2", "-subj", f"/CN={name}",
+                    "-addext", f"extendedKeyUsage=critical,{usage}", "-keyout", key, "-out", certificate],
+                   check=True, capture_output=True)
+    return certificate, key
+
+
+def is_signed(path, certificate):
+    """Whether the file has a signature that is right and goes back to the certificate."""
+    return subprocess.run(["osslsigncode", "verify", "-CAfile", certificate, "-in", path],
+                          capture_output=True, check=False).returncode == 0
+
+
 def ask_bridge(**request):
     """One request to the bridge; gives the answer's value."""
     with socket.create_connection(("127.0.0.1", int(os.environ["ZAVO_BRIDGE_PORT"])), timeout=100) as connection:

@@ -12,7 +12,8 @@ import unittest
 import unittest.mock
 import zlib
 
-from support import BIN, ROOT, ask_bridge, pdf_text, reg, run_script, wait_until, windows_path, wine
+from support import (BIN, ROOT, ask_bridge, is_signed, make_certificate, pdf_text, reg, run_script, wait_until,
+                     windows_path, wine)
 
 VERSION = (ROOT / "VERSION").read_text(encoding="ascii").strip()
 NEXT_VERSION = "{}.{}.{}".format(*VERSION.split(".")[:2], int(VERSION.split(".")[2]) + 1)
@@ -307,10 +308,10 @@ class Installer(unittest.TestCase):
         files = {str(path.relative_to(cls.prefix)) for path in cls.prefix.rglob("*") if path.suffix != ".reg"}
         return files, registry()
 
-    def assert_installed(self):
+    def assert_installed(self, libraries=BIN):
         self.assertEqual(sorted(path.name for path in self.place.iterdir()), INSTALLED)
         for name in LIBRARIES:
-            self.assertTrue(filecmp.cmp(self.place / name, BIN / name, shallow=False), name)
+            self.assertTrue(filecmp.cmp(self.place / name, libraries / name, shallow=False), name)
         self.assertTrue(filecmp.cmp(self.place / INSTALLED[0], ROOT / "THIRD-PARTY-NOTICES", shallow=False))
 
     def test_RegistryRowsAreThoseOfRegistration(self):
@@ -418,6 +419,29 @@ class Installer(unittest.TestCase):
                                  "BUTTON_ID_CREATE")
         self.assertEqual((code, errors), (0, ""), out)
         self.assertIn("Harbour bridge", pdf_text(pdf))
+
+    def test_SignedPackageInstallsSignedLibraries(self):
+        certificate, key = make_certificate(self.folder)
+        out = self.folder / "signed"
+        code, _, errors = run_script("sign", "--certificate", str(certificate), "--key", str(key), "--out", str(out))
+        self.assertEqual(code, 0, errors)
+        (msi,) = out.glob("*.msi")
+        self.assertTrue(is_signed(msi, certificate))
+        subprocess.run(["sha256sum", "--check", "--quiet", "--strict", "SHA256SUMS"], cwd=out, check=True)
+        (sbom,) = out.glob("*.spdx.json")
+        for name in LIBRARIES:
+            self.assertIn(sha256(out / name), sbom.read_text(encoding="utf-8"))
+        # It is another product than the unsigned one, and replaces it.
+        self.msiexec("/i", windows_path(self.msi))
+        self.msiexec("/i", windows_path(msi))
+        self.assertEqual(products(), [VERSION])
+        self.assert_installed(out)
+        for name in LIBRARIES:
+            self.assertTrue(is_signed(self.place / name, certificate), name)
+            self.assertFalse(is_signed(BIN / name, certificate), name)
+        self.assert_addin_is_created()
+        self.msiexec("/x", windows_path(msi))
+        self.assertFalse(self.place.exists())
 
     def assert_addin_is_created(self, expected=True):
         script = self.folder / "create.js"

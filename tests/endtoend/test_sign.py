@@ -1,29 +1,60 @@
-"""scripts/sign, with certificates that the tests make; there is no time-stamp service without a network."""
+"""scripts/sign, with certificates and a time-stamp service that the tests make."""
 import hashlib
+import http.server
 import os
 import pathlib
 import shutil
 import subprocess
 import tempfile
+import threading
 import unittest
+import unittest.mock
 
-from support import BIN, run_script, windows_path, wine
+from support import BIN, is_signed, make_certificate, run_script, windows_path, wine
 
 ADDIN, ENGINE = "zavoofficeaddin.dll", "ZavoKit.dll"
 PACKAGE = """<?xml version="1.0"?>
 <Wix xmlns="http://schemas.microsoft.com/wix/2006/wi"><Product Id="*" Name="Test" Version="1.0.0" Language="1033"
   Manufacturer="Test" UpgradeCode="0b7c3a52-5a0e-4d6f-9d3c-6f3f6a1b2c3d"><Package Compressed="yes"/></Product></Wix>
 """
+# What the service says of itself: a policy of its own, and which hashes it takes.
+TIMESTAMP_SETTINGS = """[tsa]
+default_tsa = service
+[service]
+serial = {folder}/serial
+signer_cert = {certificate}
+signer_key = {key}
+signer_digest = sha256
+default_policy = 1.2.3.4
+digests = sha256
+"""
+
+
+class TimestampService(http.server.BaseHTTPRequestHandler):
+    """Answers each question with a time stamp (RFC 3161)."""
+
+    def do_POST(self):
+        question = self.rfile.read(int(self.headers["Content-Length"]))
+        with tempfile.NamedTemporaryFile() as file:
+            file.write(question)
+            file.flush()
+            answer = subprocess.run(["openssl", "ts", "-reply", "-config", self.server.settings, "-queryfile",
+                                     file.name], check=True, capture_output=True).stdout
+        self.send_response(200)
+        self.send_header("Content-Type", "application/timestamp-reply")
+        self.send_header("Content-Length", str(len(answer)))
+        self.end_headers()
+        self.wfile.write(answer)
+
+    def log_message(self, *_):
+        pass
 
 
 class Signing(unittest.TestCase):
     @classmethod
     def setUpClass(cls):
         cls.shared = pathlib.Path(cls.enterClassContext(tempfile.TemporaryDirectory(prefix="zavo-")))
-        cls.certificate, cls.key = cls.shared / "certificate.pem", cls.shared / "key.pem"
-        subprocess.run(["openssl", "req", "-x509", "-newkey", "rsa:2048", "-nodes", "-days", "2", "-subj",
-                        "/CN=Throwaway", "-addext", "extendedKeyUsage=codeSigning", "-keyout", cls.key, "-out",
-                        cls.certificate], check=True, capture_output=True)
+        cls.certificate, cls.key = make_certificate(cls.shared)
         cls.pkcs12, cls.password = cls.shared / "both.p12", cls.shared / "password"
         cls.password.write_text("secret and long\n", encoding="ascii")
         subprocess.run(["openssl", "pkcs12", "-export", "-in", cls.certificate, "-inkey", cls.key, "-out", cls.pkcs12,
@@ -46,8 +77,7 @@ class Signing(unittest.TestCase):
         return code, errors
 
     def verified(self, name):
-        return subprocess.run(["osslsigncode", "verify", "-CAfile", self.certificate, "-in", self.folder / name],
-                              capture_output=True, check=False).returncode == 0
+        return is_signed(self.folder / name, self.certificate)
 
     def hashes(self):
         return {path.name: hashlib.sha256(path.read_bytes()).hexdigest() for path in self.folder.iterdir()}
@@ -89,6 +119,36 @@ class Signing(unittest.TestCase):
         self.assertEqual(self.sign(ADDIN, options=options)[0], 0)
         self.assertTrue(self.verified(ADDIN))
 
+    def test_TimestampComesFromTheServiceThatIsNamed(self):
+        certificate, key = make_certificate(self.shared, "Clock", "timeStamping")
+        server = http.server.HTTPServer(("127.0.0.1", 0), TimestampService)
+        server.settings = self.shared / "timestamp.cnf"
+        server.settings.write_text(TIMESTAMP_SETTINGS.format(folder=self.shared, certificate=certificate, key=key),
+                                   encoding="ascii")
+        self.addCleanup(server.server_close)
+        threading.Thread(target=server.serve_forever).start()
+        self.addCleanup(server.shutdown)
+        options = ["--certificate", self.certificate, "--key", self.key, "--timestamp",
+                   f"http://127.0.0.1:{server.server_port}/"]
+        before = self.hashes()
+        code, errors = self.sign(ADDIN, options=options)
+        self.assertEqual(code, 1, "the service's certificate is not known yet")
+        self.assertIn("was not verified", errors)
+        self.assertEqual(self.hashes(), before)
+        self.assertEqual(self.sign(ADDIN, "test.msi", options=options + ["--ca", certificate]), (0, unittest.mock.ANY))
+        for name in (ADDIN, "test.msi"):
+            said = subprocess.run(["osslsigncode", "verify", "-CAfile", self.certificate, "-TSA-CAfile", certificate,
+                                   "-in", self.folder / name], capture_output=True, text=True, check=True).stdout
+            self.assertIn("Timestamp Server Signature verification: ok", said)
+
+    def test_WithoutAnAnswerOfTheServiceNothingIsSigned(self):
+        before = self.hashes()
+        code, errors = self.sign(ADDIN, options=["--certificate", self.certificate, "--key", self.key, "--timestamp",
+                                                 "http://127.0.0.1:9/"])
+        self.assertEqual(code, 1, errors)
+        self.assertIn("could not be signed", errors)
+        self.assertEqual(self.hashes(), before)
+
     def test_RenewsHashesBesideTheFile(self):
         sums = self.folder / "SHA256SUMS"
         subprocess.run(f"sha256sum {ADDIN} test.msi > SHA256SUMS", shell=True, cwd=self.folder, check=True)
@@ -120,6 +180,7 @@ class Signing(unittest.TestCase):
                 (["--key"], (), "--key needs a value"),
                 (["--what"], (), "unknown option --what"),
                 (both, ("other.dll",), "no such file: "),
+                (both + ["--out", "/tmp"], (ADDIN,), "files are signed where they are: --out goes without them"),
                 (both, ("SHA256SUMS",), "neither a DLL nor an MSI: ")):
             code, errors = self.sign(*names, options=options)
             self.assertEqual((code, len(errors.splitlines())), (1, 1), errors)
