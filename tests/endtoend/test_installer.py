@@ -6,6 +6,7 @@ import os
 import pathlib
 import re
 import shutil
+import struct
 import subprocess
 import tempfile
 import unittest
@@ -129,12 +130,19 @@ class Package(unittest.TestCase):
 
     def test_VersionIsThatOfTheFileVersion(self):
         self.assertEqual(msi_property(self.msi, "ProductVersion"), VERSION)
-        versions = {row["File"]: row["Version"] for row in table(self.msi, "File")}
-        self.assertEqual(versions, {"Notices": "", **{name: VERSION + ".0" for name in LIBRARIES}})
+        versions = {row["File"]: (row["Version"], row["Language"]) for row in table(self.msi, "File")}
+        self.assertEqual(versions, {"Notices": ("", ""), **{name: (VERSION + ".0", "1033") for name in LIBRARIES}})
+        # Windows Installer compares files either by version or by hash.
+        self.assertEqual([row["File_"] for row in table(self.msi, "MsiFileHash")], ["Notices"])
         (product,) = (part for part in self.sbom["packages"] if part["name"] == "ZAVO Office Add-in")
         self.assertEqual(product["versionInfo"], VERSION)
         for name in LIBRARIES:
-            self.assertIn(("FileVersion\0" + "\0" + VERSION + "\0").encode("utf-16-le"), (self.out / name).read_bytes())
+            data = (self.out / name).read_bytes()
+            self.assertIn(("FileVersion\0" + "\0" + VERSION + "\0").encode("utf-16-le"), data)
+            # The numbers stand behind the signature of VS_FIXEDFILEINFO, the language (English) behind "Translation".
+            numbers = struct.unpack_from("<4H", data, data.index(b"\xBD\x04\xEF\xFE") + 8)
+            self.assertEqual([numbers[i] for i in (1, 0, 3, 2)], [*map(int, VERSION.split(".")), 0])
+            self.assertIn("Translation\0\0".encode("utf-16-le") + struct.pack("<HH", 1033, 1200), data)
 
     def test_DebugInformationBelongsToTheLibrary(self):
         for name, function in (("zavoofficeaddin.dll", "RegisterAddin"), ("ZavoKit.dll", "PDF_InitLibrary")):
