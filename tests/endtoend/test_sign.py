@@ -149,6 +149,22 @@ class Signing(unittest.TestCase):
         self.assertIn("could not be signed", errors)
         self.assertEqual(self.hashes(), before)
 
+    def test_PackageThatCannotBeSignedIsNotLeftBehind(self):
+        # A tool that signs libraries only.
+        tool = self.folder / "tools" / "osslsigncode"
+        tool.parent.mkdir()
+        tool.write_text(f"#!/bin/sh\ncase $* in *.msi*) exit 1 ;; esac\nexec {shutil.which(tool.name)} \"$@\"\n",
+                        encoding="ascii")
+        tool.chmod(0o755)
+        out = self.folder / "out"
+        with unittest.mock.patch.dict(os.environ, PATH=f"{tool.parent}:{os.environ['PATH']}"):
+            code, _, errors = run_script("sign", "--certificate", str(self.certificate), "--key", str(self.key),
+                                         "--out", str(out))
+        self.assertEqual(code, 1, errors)
+        self.assertIn("x64.msi could not be signed", errors)
+        self.assertTrue(self.verified("out/" + ADDIN))
+        self.assertEqual(list(out.glob("*.msi*")), [])
+
     def test_RenewsHashesBesideTheFile(self):
         sums = self.folder / "SHA256SUMS"
         subprocess.run(f"sha256sum {ADDIN} test.msi > SHA256SUMS", shell=True, cwd=self.folder, check=True)
