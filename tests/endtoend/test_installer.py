@@ -257,6 +257,14 @@ class Package(unittest.TestCase):
             "ZAVO Office Add-in needs Windows 10, version 1607, or newer.":
                 "Installed OR (VersionNT >= 603 AND WINDOWSBUILDNUMBER >= 14393)"})
 
+    def test_FilesInUseAreSaidInPlainWords(self):
+        texts = {row["Error"]: row["Message"] for row in table(self.msi, "Error")}
+        # A file that a program holds; programs that would have to end, before and after they were asked to.
+        self.assertEqual(sorted(texts), ["1603", "1610", "1611"])
+        self.assertIn("The file [2][3] is in use{ by [4]}.", texts["1603"])
+        for text in texts.values():
+            self.assertRegex(text, "the machine is restarted|restart the machine")
+
     def test_SilentInstallationNeitherClosesProgramsNorRestarts(self):
         self.assertEqual(msi_property(self.msi, "MSIRESTARTMANAGERCONTROL"), "DisableShutdown")
         self.assertEqual(msi_property(self.msi, "REBOOT"), "ReallySuppress")
