@@ -66,9 +66,14 @@ private:
 // An owned kernel handle (process, thread, event).
 class KernelHandle {
 public:
+    KernelHandle() = default;
     explicit KernelHandle(HANDLE handle) : handle_(handle) {}
     KernelHandle(const KernelHandle&) = delete;
     KernelHandle& operator=(const KernelHandle&) = delete;
+    KernelHandle& operator=(KernelHandle&& other) noexcept {
+        std::swap(handle_, other.handle_);
+        return *this;
+    }
     ~KernelHandle() {
         if (handle_) CloseHandle(handle_);
     }
@@ -76,7 +81,7 @@ public:
     HANDLE Get() const { return handle_; }
 
 private:
-    HANDLE handle_;
+    HANDLE handle_ = nullptr;
 };
 
 // Memory from LocalAlloc, such as a message text that the system allocated.

@@ -2,7 +2,6 @@
 #include "src/ui/RegistryWatcher.h"
 
 #include <system_error>
-#include <thread>
 #include <utility>
 
 #include "src/base/Barrier.h"
@@ -15,10 +14,11 @@ struct RegistryWatcher::State {
     const RegistryValueSpec spec;
     const std::function<void()> changed;
     RegistryKey key;
-    std::thread thread;
+    KernelHandle thread;  // not a std::thread, which asks more of the system while the host starts
+    DWORD threadId = 0;   // of the thread, as long as there is one
     bool running = false;
     const KernelHandle stop{CreateEventW(nullptr, TRUE, FALSE, nullptr)};
-    SRWLOCK lock = SRWLOCK_INIT;  // guards key, thread and running
+    SRWLOCK lock = SRWLOCK_INIT;  // guards key, thread, its id and running
 };
 
 RegistryWatcher::RegistryWatcher(RegistryValueSpec spec, std::function<void()> changed)
@@ -26,17 +26,14 @@ RegistryWatcher::RegistryWatcher(RegistryValueSpec spec, std::function<void()> c
 
 RegistryWatcher::~RegistryWatcher() {
     Barrier([this]() -> HRESULT {
-        std::thread own;
+        bool isOwnThread = false;
         {
             const ExclusiveLock lock(state_->lock);
-            if (state_->thread.get_id() == std::this_thread::get_id()) {
-                state_->running = false;
-                own = std::move(state_->thread);
-            }
+            isOwnThread = state_->thread.Get() && state_->threadId == GetCurrentThreadId();
+            if (isOwnThread) state_->running = false;
         }
-        if (own.joinable()) {
+        if (isOwnThread) {
             SetEvent(state_->stop.Get());
-            own.detach();
         } else {
             Stop();
         }
@@ -46,41 +43,49 @@ RegistryWatcher::~RegistryWatcher() {
 
 bool RegistryWatcher::Start() {
     const ExclusiveLock lock(state_->lock);
-    if (state_->running || state_->thread.joinable() || !state_->stop.Get()) return false;
+    if (state_->running || state_->thread.Get() || !state_->stop.Get()) return false;
     const RegistryValueSpec& spec = state_->spec;
     RegistryKey key;
     if (RegOpenKeyExW(spec.root, spec.subkey.c_str(), 0, KEY_READ, key.Receive()) != ERROR_SUCCESS) return false;
     ResetEvent(state_->stop.Get());
     // The thread waits for the lock and then finds the rest done.
-    state_->thread = std::thread([state = state_] {
-        Barrier([&]() -> HRESULT {
-            Watch(*state);
-            return S_OK;
-        });
-    });
+    auto shared = std::make_unique<std::shared_ptr<State>>(state_);
+    state_->thread = KernelHandle(CreateThread(nullptr, 0, &RunThread, shared.get(), 0, &state_->threadId));
+    if (!state_->thread.Get()) {
+        throw std::system_error(std::make_error_code(std::errc::resource_unavailable_try_again));
+    }
+    (void)shared.release();
     state_->key = std::move(key);
     state_->running = true;
     return true;
 }
 
 void RegistryWatcher::Stop() {
-    std::thread ending;
+    KernelHandle ending;
     {
         const ExclusiveLock lock(state_->lock);
         state_->running = false;
-        if (!state_->thread.joinable()) return;
-        if (state_->thread.get_id() != std::this_thread::get_id()) ending = std::move(state_->thread);
+        if (!state_->thread.Get()) return;
+        if (state_->threadId != GetCurrentThreadId()) ending = std::move(state_->thread);
     }
     SetEvent(state_->stop.Get());
-    if (!ending.joinable()) {
+    if (!ending.Get()) {
         throw std::system_error(std::make_error_code(std::errc::resource_deadlock_would_occur));
     }
-    ending.join();
+    WaitForSingleObject(ending.Get(), INFINITE);
     const ExclusiveLock lock(state_->lock);
     state_->key.Close();
 }
 
-// The thread's work.
+DWORD WINAPI RegistryWatcher::RunThread(void* shared) {
+    Barrier([&]() -> HRESULT {
+        const std::unique_ptr<std::shared_ptr<State>> state(static_cast<std::shared_ptr<State>*>(shared));
+        Watch(**state);
+        return S_OK;
+    });
+    return 0;
+}
+
 void RegistryWatcher::Watch(State& state) {
     for (;;) {
         HKEY key = nullptr;

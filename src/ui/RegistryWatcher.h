@@ -30,6 +30,7 @@ public:
 private:
     struct State;
 
+    static DWORD WINAPI RunThread(void* shared);
     static void Watch(State& state);
 
     // The thread owns it too, because it may outlive the watcher.
