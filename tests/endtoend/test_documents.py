@@ -145,9 +145,9 @@ class Documents(unittest.TestCase):
     def test_AdminGuideHasTheMeasuredLoadCost(self):
         rows = {name: [float(number) for number in numbers.split(" | ")] for name, numbers in re.findall(
             r"^\| (all|ribbon loaded) \| ([\d. |]+) \|$", read("benchmarks", "README.md"), re.MULTILINE)}
-        empty, with_engine, ours = rows["all"][:3]
+        empty, _, with_engine, ours = rows["all"][:4]
         claims = [f"takes {ours:.1f} ms in a fresh process", f"{ours - with_engine:.1f} ms of it for the engine",
-                  f"beside {empty:.1f} ms for an empty add-in", f"{rows['ribbon loaded'][2]:.1f} ms are spent"]
+                  f"beside {empty:.1f} ms for an empty add-in", f"{rows['ribbon loaded'][3]:.1f} ms are spent"]
         guide = " ".join(read("docs", "admin-guide.md").split())
         self.assertEqual([claim for claim in claims if claim not in guide], [])
 
