@@ -325,6 +325,12 @@ run_windows() {
     return "$status"
 }
 
+# Writes a number to the registry of this run's prefix: key, value, number.
+set_number() {
+    wine reg.exe add "$1" /v "$2" /t REG_DWORD /d "$3" /f </dev/null >/dev/null 2>&1 ||
+        fail "$2 could not be written to the registry"
+}
+
 # Registers the add-in in this run's prefix, and the folder of the companion's stand-in.
 register_addin() {
     wine regsvr32.exe /s "$(windows_path "$ZAVO_BIN/zavoofficeaddin.dll")" </dev/null >/dev/null 2>&1 ||
