@@ -12,6 +12,7 @@ import time
 import unittest
 import unittest.mock
 
+import pefile
 from PIL import Image
 
 ROOT = pathlib.Path(__file__).resolve().parents[2]
@@ -127,6 +128,19 @@ def qpdf_check(pdf):
     done = subprocess.run(["qpdf", "--check", pdf], capture_output=True, text=True, check=False)
     if done.returncode:
         raise AssertionError(done.stdout + done.stderr)
+
+
+def read_library(path):
+    """A linked library with what it exports and imports, and its version."""
+    library = pefile.PE(data=path.read_bytes(), fast_load=True)
+    library.parse_data_directories([pefile.DIRECTORY_ENTRY[f"IMAGE_DIRECTORY_ENTRY_{directory}"]
+                                    for directory in ("EXPORT", "IMPORT", "RESOURCE")])
+    return library
+
+
+def version_text(library):
+    (texts,) = (part for part in library.FileInfo[0] if part.Key == b"StringFileInfo")
+    return texts.StringTable[0].entries[b"FileVersion"].decode()
 
 
 def png_image(png):

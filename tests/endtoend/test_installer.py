@@ -6,15 +6,14 @@ import os
 import pathlib
 import re
 import shutil
-import struct
 import subprocess
 import tempfile
 import unittest
 import unittest.mock
 import zlib
 
-from support import (BIN, ROOT, ask_bridge, is_signed, make_certificate, pdf_text, reg, run_script, wait_until,
-                     windows_path, wine)
+from support import (BIN, ROOT, ask_bridge, is_signed, make_certificate, pdf_text, read_library, reg, run_script,
+                     version_text, wait_until, windows_path, wine)
 
 VERSION = (ROOT / "VERSION").read_text(encoding="ascii").strip()
 NEXT_VERSION = "{}.{}.{}".format(*VERSION.split(".")[:2], int(VERSION.split(".")[2]) + 1)
@@ -137,12 +136,13 @@ class Package(unittest.TestCase):
         (product,) = (part for part in self.sbom["packages"] if part["name"] == "ZAVO Office Add-in")
         self.assertEqual(product["versionInfo"], VERSION)
         for name in LIBRARIES:
-            data = (self.out / name).read_bytes()
-            self.assertIn(("FileVersion\0" + "\0" + VERSION + "\0").encode("utf-16-le"), data)
-            # The numbers stand behind the signature of VS_FIXEDFILEINFO, the language (English) behind "Translation".
-            numbers = struct.unpack_from("<4H", data, data.index(b"\xBD\x04\xEF\xFE") + 8)
-            self.assertEqual([numbers[i] for i in (1, 0, 3, 2)], [*map(int, VERSION.split(".")), 0])
-            self.assertIn("Translation\0\0".encode("utf-16-le") + struct.pack("<HH", 1033, 1200), data)
+            library = read_library(self.out / name)
+            self.assertEqual(version_text(library), VERSION)
+            (numbers,) = library.VS_FIXEDFILEINFO
+            self.assertEqual([numbers.FileVersionMS >> 16, numbers.FileVersionMS & 0xFFFF, numbers.FileVersionLS >> 16,
+                              numbers.FileVersionLS & 0xFFFF], [*map(int, VERSION.split(".")), 0])
+            (languages,) = (part for part in library.FileInfo[0] if part.Key == b"VarFileInfo")
+            self.assertEqual(languages.Var[0].entry, {b"Translation": "0x0409 0x04b0"})  # English, UTF-16
 
     def test_DebugInformationBelongsToTheLibrary(self):
         for name, function in (("zavoofficeaddin.dll", "RegisterAddin"), ("ZavoKit.dll", "PDF_InitLibrary")):

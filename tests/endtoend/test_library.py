@@ -8,27 +8,19 @@ import unittest
 
 import pefile
 
-from support import BIN, run_script
+from support import BIN, read_library, run_script, version_text
 
 ADDIN, ENGINE = "zavoofficeaddin.dll", "ZavoKit.dll"
 
 
-def library(name):
-    """A library with what it exports and imports, and its version."""
-    read = pefile.PE(data=(BIN / name).read_bytes(), fast_load=True)
-    read.parse_data_directories([pefile.DIRECTORY_ENTRY[f"IMAGE_DIRECTORY_ENTRY_{directory}"]
-                                 for directory in ("EXPORT", "IMPORT", "RESOURCE")])
-    return read
-
-
 def exports(name):
-    return [symbol.name.decode() for symbol in library(name).DIRECTORY_ENTRY_EXPORT.symbols]
+    return [symbol.name.decode() for symbol in read_library(BIN / name).DIRECTORY_ENTRY_EXPORT.symbols]
 
 
 def imports(name):
     """The functions that a library imports, by the library that has them."""
     return {entry.dll.decode(): [function.name.decode() for function in entry.imports]
-            for entry in library(name).DIRECTORY_ENTRY_IMPORT}
+            for entry in read_library(BIN / name).DIRECTORY_ENTRY_IMPORT}
 
 
 class AddinLibrary(unittest.TestCase):
@@ -47,8 +39,7 @@ class AddinLibrary(unittest.TestCase):
     def test_VersionIsThatOfTheFileVersion(self):
         version = (BIN.parents[1] / "VERSION").read_text(encoding="ascii").strip()
         for name in (ADDIN, ENGINE):
-            texts = library(name).FileInfo[0][0].StringTable[0].entries
-            self.assertEqual(texts[b"FileVersion"].decode(), version, name)
+            self.assertEqual(version_text(read_library(BIN / name)), version, name)
 
 
 class CheckBinaries(unittest.TestCase):
@@ -108,7 +99,7 @@ class CheckBinaries(unittest.TestCase):
         self.assertIn("preferred base", self.findings(1)[0])
 
     def test_WhatIsNoLibraryIsSaidInOneLine(self):
-        damaged = library(ADDIN)
+        damaged = read_library(BIN / ADDIN)
         damaged.OPTIONAL_HEADER.DATA_DIRECTORY[1].VirtualAddress = 0x7FFFFFFF  # of its imports
         for content, said in ((b"MZ", "is not a 64-bit library for Windows"),
                               (damaged.write(), "is not a 64-bit library for Windows"),
