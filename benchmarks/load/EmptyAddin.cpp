@@ -7,6 +7,7 @@
 #include <array>
 
 #include "src/addin/OfficeInterfaces.h"
+#include "standins/common/Counted.h"
 
 namespace {
 
@@ -35,7 +36,7 @@ private:
     HANDLE stop_ = nullptr;
 };
 
-class EmptyAddin final : public _IDTExtensibility2, public IRibbonExtensibility {
+class EmptyAddin final : public Counted<_IDTExtensibility2, IRibbonExtensibility> {
 public:
     HRESULT STDMETHODCALLTYPE QueryInterface(REFIID riid, void** ppv) override {
         *ppv = nullptr;
@@ -48,12 +49,6 @@ public:
         }
         AddRef();
         return S_OK;
-    }
-    ULONG STDMETHODCALLTYPE AddRef() override { return InterlockedIncrement(&references_); }
-    ULONG STDMETHODCALLTYPE Release() override {
-        const ULONG left = InterlockedDecrement(&references_);
-        if (left == 0) delete this;
-        return left;
     }
     HRESULT STDMETHODCALLTYPE GetTypeInfoCount(UINT*) override { return E_NOTIMPL; }
     HRESULT STDMETHODCALLTYPE GetTypeInfo(UINT, LCID, ITypeInfo**) override { return E_NOTIMPL; }
@@ -81,13 +76,10 @@ public:
     }
 
 private:
-    ~EmptyAddin() = default;
-
     Threads threads_;
-    ULONG references_ = 1;
 };
 
-class EmptyFactory final : public IClassFactory {
+class EmptyFactory final : public Counted<IClassFactory> {
 public:
     HRESULT STDMETHODCALLTYPE QueryInterface(REFIID riid, void** ppv) override {
         *ppv = nullptr;
@@ -96,12 +88,6 @@ public:
         AddRef();
         return S_OK;
     }
-    ULONG STDMETHODCALLTYPE AddRef() override { return InterlockedIncrement(&references_); }
-    ULONG STDMETHODCALLTYPE Release() override {
-        const ULONG left = InterlockedDecrement(&references_);
-        if (left == 0) delete this;
-        return left;
-    }
     HRESULT STDMETHODCALLTYPE CreateInstance(IUnknown*, REFIID riid, void** ppv) override {
         auto* addin = new EmptyAddin;
         const HRESULT result = addin->QueryInterface(riid, ppv);
@@ -109,11 +95,6 @@ public:
         return result;
     }
     HRESULT STDMETHODCALLTYPE LockServer(BOOL) override { return S_OK; }
-
-private:
-    ~EmptyFactory() = default;
-
-    ULONG references_ = 1;
 };
 
 }  // namespace

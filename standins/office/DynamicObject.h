@@ -13,6 +13,8 @@
 #include <string>
 #include <vector>
 
+#include "standins/common/Counted.h"
+
 // Thrown by a member; the caller gets DISP_E_EXCEPTION with this code and text.
 struct AutomationError {
     HRESULT code;
@@ -72,13 +74,11 @@ public:
 // An object that shows `Interface`, which is IDispatch or derives from it, under the ids in `iids` besides IUnknown and
 // IDispatch. It starts with one reference.
 template <typename Interface = IDispatch>
-class DynamicObject : public Interface {
+class DynamicObject : public Counted<Interface> {
 public:
     explicit DynamicObject(const std::wstring& name, std::vector<IID> iids = {}) : iids_(std::move(iids)) {
-        LiveObjects::Add(this, name, &references_);
+        LiveObjects::Add(this, name, &this->references_);
     }
-    DynamicObject(const DynamicObject&) = delete;
-    DynamicObject& operator=(const DynamicObject&) = delete;
 
     HRESULT STDMETHODCALLTYPE QueryInterface(REFIID riid, void** ppv) override {
         if (!ppv) return E_POINTER;
@@ -87,14 +87,8 @@ public:
         for (const IID& iid : iids_) known = known || riid == iid;
         if (!known) return E_NOINTERFACE;
         *ppv = static_cast<Interface*>(this);
-        AddRef();
+        this->AddRef();
         return S_OK;
-    }
-    ULONG STDMETHODCALLTYPE AddRef() override { return InterlockedIncrement(&references_); }
-    ULONG STDMETHODCALLTYPE Release() override {
-        const ULONG left = InterlockedDecrement(&references_);
-        if (left == 0) delete this;
-        return left;
     }
     HRESULT STDMETHODCALLTYPE GetTypeInfoCount(UINT* count) override {
         *count = 0;
@@ -115,15 +109,14 @@ public:
         return members.Invoke(dispid, flags, params, result, exceptionInfo);
     }
 
-    ULONG References() const { return references_; }
+    ULONG References() const { return this->references_; }
 
     Members members;
 
 protected:
-    virtual ~DynamicObject() { LiveObjects::Remove(this); }
+    ~DynamicObject() override { LiveObjects::Remove(this); }
 
 private:
-    ULONG references_ = 1;
     std::vector<IID> iids_;
 };
 

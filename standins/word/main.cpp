@@ -12,6 +12,7 @@
 
 #include "src/base/Barrier.h"
 #include "src/base/Handles.h"
+#include "standins/common/Counted.h"
 #include "standins/common/Results.h"
 #include "standins/common/Text.h"
 #include "standins/office/AutomatedWord.h"
@@ -28,24 +29,14 @@ constexpr wchar_t usage[] =
     L"  -Embedding      serves one object; COM starts it so\n"
     L"  --idle SECONDS  how long it waits for the next call before it ends (60)";
 
-class WordFactory final : public IClassFactory {
+class WordFactory final : public Counted<IClassFactory> {
 public:
-    WordFactory() = default;
-    WordFactory(const WordFactory&) = delete;
-    WordFactory& operator=(const WordFactory&) = delete;
-
     HRESULT STDMETHODCALLTYPE QueryInterface(REFIID riid, void** ppv) override {
         if (!ppv) return E_POINTER;
         *ppv = riid == IID_IUnknown || riid == IID_IClassFactory ? this : nullptr;
         if (!*ppv) return E_NOINTERFACE;
         AddRef();
         return S_OK;
-    }
-    ULONG STDMETHODCALLTYPE AddRef() override { return InterlockedIncrement(&references_); }
-    ULONG STDMETHODCALLTYPE Release() override {
-        const ULONG left = InterlockedDecrement(&references_);
-        if (left == 0) delete this;
-        return left;
     }
     HRESULT STDMETHODCALLTYPE CreateInstance(IUnknown* outer, REFIID riid, void** ppv) override {
         if (!ppv) return E_POINTER;
@@ -57,11 +48,6 @@ public:
         });
     }
     HRESULT STDMETHODCALLTYPE LockServer(BOOL) override { return S_OK; }  // a process serves one object anyway
-
-private:
-    ~WordFactory() = default;
-
-    LONG references_ = 1;
 };
 
 // The class while this process offers it.

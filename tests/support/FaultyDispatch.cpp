@@ -7,6 +7,7 @@
 
 #include "src/base/Barrier.h"
 #include "src/base/Handles.h"
+#include "standins/common/Counted.h"
 #include "standins/office/DynamicObject.h"
 
 using Microsoft::WRL::ComPtr;
@@ -15,14 +16,12 @@ namespace {
 
 constexpr DISPID nobodysNumber = 0x7FFFFFF0;
 
-class FaultyDispatch final : public IDispatch {
+class FaultyDispatch final : public Counted<IDispatch> {
 public:
     FaultyDispatch(ComPtr<IDispatch> inner, CallFaults& faults, const std::wstring& name)
         : inner_(std::move(inner)), faults_(faults) {
         LiveObjects::Add(this, L"wrapped " + name, &references_);
     }
-    FaultyDispatch(const FaultyDispatch&) = delete;
-    FaultyDispatch& operator=(const FaultyDispatch&) = delete;
 
     HRESULT STDMETHODCALLTYPE QueryInterface(REFIID riid, void** ppv) override {
         *ppv = nullptr;
@@ -32,12 +31,6 @@ public:
         *ppv = static_cast<IDispatch*>(this);
         AddRef();
         return S_OK;
-    }
-    ULONG STDMETHODCALLTYPE AddRef() override { return InterlockedIncrement(&references_); }
-    ULONG STDMETHODCALLTYPE Release() override {
-        const ULONG left = InterlockedDecrement(&references_);
-        if (left == 0) delete this;
-        return left;
     }
     HRESULT STDMETHODCALLTYPE GetTypeInfoCount(UINT*) override { return E_NOTIMPL; }
     HRESULT STDMETHODCALLTYPE GetTypeInfo(UINT, LCID, ITypeInfo**) override { return E_NOTIMPL; }
@@ -76,7 +69,7 @@ public:
     }
 
 private:
-    ~FaultyDispatch() { LiveObjects::Remove(this); }
+    ~FaultyDispatch() override { LiveObjects::Remove(this); }
 
     void Give(VARIANT& value, const std::wstring& member, Fault fault, VARIANT* result) {
         const bool isNullable = value.vt == VT_DISPATCH || value.vt == VT_BSTR;
@@ -102,7 +95,6 @@ private:
     const ComPtr<IDispatch> inner_;
     CallFaults& faults_;
     std::wstring member_;  // what was looked up last; an invocation follows at once
-    ULONG references_ = 1;
 };
 
 }  // namespace
