@@ -76,9 +76,11 @@ bool IsCompanionRunning() {
     return false;
 }
 
-// What an earlier click showed is looked at before the next one, so that the companion's reports come in order.
+// What a click showed is looked at before the next one, so that the companion's reports come in order, and before this
+// program ends, so that they are there then.
 void WaitForCompanion() {
-    for (int waited = 0; waited < 10000 && IsCompanionRunning(); waited += 10) Sleep(10);
+    constexpr int patience = 30000;  // milliseconds
+    for (int waited = 0; waited < patience && IsCompanionRunning(); waited += 10) Sleep(10);
 }
 
 // --- Actions ---
@@ -182,6 +184,7 @@ void RunAddins(const Options& options, const OfficeHost& host, HostWindow& windo
         for (const Action& action : options.actions) user.Do(action);
         if (options.stay || (options.window && options.actions.empty())) HandleMessagesUntilQuit();
     }
+    WaitForCompanion();
 }
 
 void RunOutlook(const Options& options) {

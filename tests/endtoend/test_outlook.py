@@ -119,14 +119,9 @@ class OutlookTest(AddinTest):
 
     def starts(self, count):
         """The files of each start of the companion, which was started `count` times."""
-        def lines():
-            if not os.path.exists(self.companion_log):
-                return []
-            with open(self.companion_log, encoding="utf-8") as file:
-                return [line for line in file if line.startswith("started as: ")]
-        self.assertTrue(wait_until(lambda: len(lines()) >= count), lines())
-        self.assertEqual(len(lines()), count)
-        return [line.split('"')[3::2] for line in lines()]
+        lines = [line for line in self.companion_report().splitlines() if line.startswith("started as: ")]
+        self.assertEqual(len(lines), count, lines)
+        return [line.split('"')[3::2] for line in lines]
 
     def linux_path(self, path):
         """The Linux path of a file in the working folder."""

@@ -60,7 +60,6 @@ class PressedInDocuments(ScreenTest, HostTest):
 
     def facts(self):
         """What the actions left in files; the document's own file stays."""
-        self.companion_report(wait=1)  # it may still be at work
         left = {}
         for name in self.files():
             path = os.path.join(self.folder, name)
@@ -437,6 +436,7 @@ class HandledInOutlook(Handled, SeenMails):
         menu = middle_of(self.places["Menu_ID_Create"])
         self.click_at(menu)
         self.click_at((menu[0] + 20, 150))
+        self.assertTrue(wait_until(self.companion_report))
         ((path,),) = self.starts(1)
         self.assertTrue(path.endswith("\\Piers 1 to 4.pdf"), path)
 

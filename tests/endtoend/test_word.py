@@ -67,7 +67,7 @@ class CreatePdf(HostTest):
     def test_CompanionIsNotStartedWhenViewPdfResultsIsCleared(self):
         self.create_pdf("--untick", "CheckBox_ID_OpenAfterExport")
         self.assertTrue(os.path.exists(self.pdf))
-        self.assertEqual(self.companion_report(wait=1), "")
+        self.assertEqual(self.companion_report(), "")
 
     def test_MissingCompanionStillMakesThePdf(self):
         reg("delete", r"HKLM\SOFTWARE\ZAVO", "/f")
@@ -76,7 +76,7 @@ class CreatePdf(HostTest):
         finally:
             self.setUpClass()
         self.assertTrue(os.path.exists(self.pdf))
-        self.assertEqual(self.companion_report(wait=1), "")
+        self.assertEqual(self.companion_report(), "")
 
     def test_MissingCompanionSendsNothing(self):
         reg("delete", r"HKLM\SOFTWARE\ZAVO", "/f")
@@ -115,7 +115,7 @@ class CreatePdf(HostTest):
         self.assertIn("message: File already exists.", out)
         with open(self.pdf, encoding="ascii") as file:
             self.assertEqual(file.read(), "precious")
-        self.assertEqual(self.companion_report(wait=1), "")
+        self.assertEqual(self.companion_report(), "")
 
     def test_UnwritableTargetIsSilentAndKeepsTheOldFile(self):
         with open(self.pdf, "w", encoding="ascii") as file:
@@ -126,7 +126,7 @@ class CreatePdf(HostTest):
         self.assertEqual(self.files(), before)
         with open(self.pdf, encoding="ascii") as file:
             self.assertEqual(file.read(), "precious")
-        self.assertEqual(self.companion_report(wait=1), "")
+        self.assertEqual(self.companion_report(), "")
 
     def test_NamesBeyondAsciiAndBlanksWork(self):
         document = self.make_document("Übersicht – 概要 план.docx")
