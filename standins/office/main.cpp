@@ -143,8 +143,9 @@ private:
     }
 
     void ChangeTheme(DWORD theme) {
-        constexpr DWORD patience = 2000;                  // milliseconds
+        constexpr DWORD pause = 300, patience = 2000;     // milliseconds
         const bool isNew = StoredOfficeTheme() != theme;  // Wine reports a write only when it changes something
+        Sleep(pause);  // a user is no faster; the add-in's thread has to be watching, and watching again
         const int before = window_.Refreshes();
         StoreOfficeTheme(theme);
         if (isNew && !HandleMessagesUntil([&] { return window_.Refreshes() != before; }, patience)) {
