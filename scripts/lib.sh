@@ -321,9 +321,12 @@ run_windows() {
     local status=0
     wine "$@" >"$ZAVO_RUN/out" 2>"$ZAVO_RUN/err" </dev/null || status=$?
     cat "$ZAVO_RUN/out"
-    grep -v '^wine: ' "$ZAVO_RUN/err" >&2 || true  # Wine's own remarks on this machine's drives
+    without_remarks "$ZAVO_RUN/err" >&2
     return "$status"
 }
+
+# What a Windows program wrote, but for Wine's own remark where the root folder's device may not be read.
+without_remarks() { grep -v '^wine: Read access denied for device ' "$1" || true; }
 
 # Writes a number to the registry of this run's prefix: key, value, number.
 set_number() {

@@ -17,6 +17,7 @@ from PIL import Image
 
 ROOT = pathlib.Path(__file__).resolve().parents[2]
 BIN = ROOT / "build" / "bin"
+WINE_REMARK = "wine: Read access denied for device "  # where the root folder's device may not be read
 
 
 def windows_path(path):
@@ -34,7 +35,8 @@ def wine(*command, environment=None):
                               env=variables, timeout=100, check=False)
         out.seek(0)
         err.seek(0)
-        errors = [line for line in err.read().decode("utf-8", "replace").splitlines() if not line.startswith("wine: ")]
+        errors = [line for line in err.read().decode("utf-8", "replace").splitlines()
+                  if not line.startswith(WINE_REMARK)]
         return done.returncode, out.read().decode("utf-8", "replace"), "\n".join(errors)
 
 
@@ -187,9 +189,9 @@ def wait_until(condition, seconds=10):
 
 
 def reg(*arguments):
-    code, _, errors = wine("reg.exe", *arguments)
+    code, out, errors = wine("reg.exe", *arguments)
     if code:
-        raise RuntimeError(f"reg {arguments}: {errors}")
+        raise RuntimeError(f"reg {arguments}: {code} {out}{errors}")
 
 
 class AddinTest(unittest.TestCase):
