@@ -27,6 +27,16 @@ def windows_path(path):
 def wine(*command, environment=None):
     """Runs a Windows program; gives its exit code (its low 8 bits), its output and its error output.
 
+    On a busy machine a program was seen, once in thousands, to end with 1 as Wine started it, without a word from
+    either. One that ends so is run once more; what fails by itself fails again.
+    """
+    result = run_in_wine(command, environment)
+    return run_in_wine(command, environment) if result == (1, "", "") else result
+
+
+def run_in_wine(command, environment):
+    """What `wine` gives.
+
     Output goes through files: a pipe would stay open as long as any program of the Wine session lives.
     """
     variables = dict(os.environ, **(environment or {}))
