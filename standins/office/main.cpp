@@ -143,7 +143,7 @@ private:
     }
 
     void ChangeTheme(DWORD theme) {
-        constexpr DWORD pause = 300, patience = 2000;     // milliseconds
+        constexpr DWORD pause = 100, patience = 2000;     // milliseconds
         const bool isNew = StoredOfficeTheme() != theme;  // Wine reports a write only when it changes something
         Sleep(pause);  // a user is no faster; the add-in's thread has to be watching, and watching again
         const int before = window_.Refreshes();
