@@ -1,23 +1,30 @@
 // The texts that a user sees, looked up by a key that is usually the English text itself.
 #pragma once
 
+#include <span>
 #include <string>
 #include <string_view>
-#include <unordered_map>
 
 #include "src/ui/Language.h"
 
-using LocalizedTexts = std::unordered_map<UiLanguage, std::wstring_view>;
-using LocalizedStringTable = std::unordered_map<std::wstring_view, LocalizedTexts>;
+struct LocalizedText {
+    UiLanguage language;
+    std::wstring_view text;
+};
 
-// The one table, built on the first call and never changed. An allocation that fails while it is built throws, and the
-// next call builds it again.
+struct LocalizedRow {
+    std::wstring_view key;
+    LocalizedText texts[12];  // those that a row lacks are the last ones and have no data
+};
+
+using LocalizedStringTable = std::span<const LocalizedRow>;  // in ascending order of the keys
+
 const LocalizedStringTable& GetLocalizedStringTable();
 
 // The text for the language of the Windows user interface, which is asked for at every call, so that a change of the
 // display language takes effect at once. A key that the table lacks is its own text: the ribbon tab's label relies on
 // it.
-std::wstring Localize(const LocalizedStringTable& table, std::wstring_view key);
+std::wstring Localize(const LocalizedStringTable& texts, std::wstring_view key);
 
 // The same for a given language: its text, else the English one, else the key.
-std::wstring LocalizeFor(const LocalizedStringTable& table, std::wstring_view key, UiLanguage language);
+std::wstring LocalizeFor(const LocalizedStringTable& texts, std::wstring_view key, UiLanguage language);

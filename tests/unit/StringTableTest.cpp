@@ -22,14 +22,27 @@ std::wstring Text(std::wstring_view key, LONG language) {
 
 TEST(StringTable, FortyRowsMakeThirtyNineKeysWithTwelveTextsEach) {
     const LocalizedStringTable& table = GetLocalizedStringTable();
-    EXPECT_EQ(table.size(), 39U);
+    EXPECT_EQ(table.size(), 40U);
+    std::map<std::wstring_view, std::map<UiLanguage, std::wstring_view>> distinct;
     for (const auto& [key, texts] : table) {
-        EXPECT_EQ(texts.size(), 12U);
-        for (const auto& [language, text] : texts) EXPECT_FALSE(text.empty());
+        for (const auto& [language, text] : texts) {
+            EXPECT_FALSE(text.empty());
+            const auto& known = distinct[key].emplace(language, text).first->second;
+            EXPECT_EQ(known, text);  // also where a row stands twice
+        }
     }
+    EXPECT_EQ(distinct.size(), 39U);
+    for (const auto& [key, texts] : distinct) EXPECT_EQ(texts.size(), 12U);
 }
 
-TEST(StringTable, TableIsBuiltOnce) { EXPECT_EQ(&GetLocalizedStringTable(), &GetLocalizedStringTable()); }
+TEST(StringTable, TableIsTheSameAtEachCall) {
+    EXPECT_EQ(&GetLocalizedStringTable(), &GetLocalizedStringTable());
+    EXPECT_EQ(GetLocalizedStringTable().data(), GetLocalizedStringTable().data());
+}
+
+TEST(StringTable, EveryKeyIsFound) {
+    for (const auto& [key, texts] : GetLocalizedStringTable()) EXPECT_EQ(Text(key, 2), texts[2].text);
+}
 
 TEST(StringTable, KeyOfTheRibbonTabIsItsOwnTextInEveryLanguage) {
     for (LONG language = 0; language < languageCount; ++language) EXPECT_EQ(Text(L"ZAVO", language), L"ZAVO");
@@ -86,7 +99,9 @@ TEST(StringTable, NoTextChangesUnnoticed) {
         }
     };
     std::map<std::wstring_view, std::map<UiLanguage, std::wstring_view>> sorted;
-    for (const auto& [key, texts] : GetLocalizedStringTable()) sorted[key].insert(texts.begin(), texts.end());
+    for (const auto& [key, texts] : GetLocalizedStringTable()) {
+        for (const auto& [language, text] : texts) sorted[key].emplace(language, text);
+    }
     for (const auto& [key, texts] : sorted) {
         add(key);
         for (const auto& [language, text] : texts) add(text);
@@ -100,13 +115,15 @@ TEST(StringTable, ShortKeysHaveAnEnglishTextOfTheirOwn) {
 }
 
 TEST(StringTable, MissingLanguageFallsBackToEnglishThenToTheKey) {
-    const LocalizedStringTable table = {
+    const LocalizedRow rows[] = {
         {L"both", {{UiLanguage::English, L"in English"}, {UiLanguage::German, L"auf Deutsch"}}},
         {L"german only", {{UiLanguage::German, L"auf Deutsch"}}},
     };
+    const LocalizedStringTable table = rows;
     EXPECT_EQ(LocalizeFor(table, L"both", UiLanguage::German), L"auf Deutsch");
     EXPECT_EQ(LocalizeFor(table, L"both", UiLanguage::Dutch), L"in English");
     EXPECT_EQ(LocalizeFor(table, L"german only", UiLanguage::Dutch), L"german only");
+    EXPECT_EQ(LocalizeFor(table, L"german only", UiLanguage::SimplifiedChinese), L"german only");
 }
 
 TEST(StringTable, LookupTakesTheLanguageOfWindows) {
