@@ -5,58 +5,65 @@
 #include <memory>
 #include <new>
 
+#include "src/base/Handles.h"
+
 using Microsoft::WRL::ComPtr;
 
-HRESULT LookUpMember(IDispatch* disp, std::wstring_view name, DISPID* dispid) {
-    *dispid = DISPID_UNKNOWN;
-    if (!disp) return E_POINTER;
-    std::wstring writable(name);  // GetIDsOfNames takes a writable name
-    LPOLESTR names = writable.data();
-    return disp->GetIDsOfNames(IID_NULL, &names, 1, LOCALE_USER_DEFAULT, dispid);
-}
-
-HRESULT InvokeMember(IDispatch* disp, DISPID dispid, WORD flags, DISPPARAMS* params, VARIANT* result) {
-    return disp->Invoke(dispid, IID_NULL, LOCALE_USER_DEFAULT, flags, params, result, nullptr, nullptr);
+HRESULT InvokeMember(IDispatch* disp, DISPID dispid, WORD flags, DISPPARAMS& params, VARIANT* result) {
+    return disp->Invoke(dispid, IID_NULL, LOCALE_USER_DEFAULT, flags, &params, result, nullptr, nullptr);
 }
 
 namespace {
 
-HRESULT Call(IDispatch* disp, std::wstring_view name, WORD flags, DISPPARAMS* params, VARIANT* result) {
+// Looks the member up. `give` then makes its arguments and hands them to the function that it gets, which invokes it.
+template <typename Give>
+HRESULT Call(IDispatch* disp, std::wstring_view name, WORD flags, VARIANT* result, const Give& give) {
+    if (!disp) return E_POINTER;
+    std::wstring writable(name);  // GetIDsOfNames takes a writable name
+    LPOLESTR names = writable.data();
     DISPID dispid = DISPID_UNKNOWN;
-    const HRESULT found = LookUpMember(disp, name, &dispid);
+    const HRESULT found = disp->GetIDsOfNames(IID_NULL, &names, 1, LOCALE_USER_DEFAULT, &dispid);
     if (FAILED(found)) return found;
-    return InvokeMember(disp, dispid, flags, params, result);
+    return give([&](DISPPARAMS params) { return InvokeMember(disp, dispid, flags, params, result); });
 }
 
 }  // namespace
 
 HRESULT AutomationGetProperty(IDispatch* disp, std::wstring_view name, VARIANT* result) {
-    DISPPARAMS params = {};
-    return Call(disp, name, DISPATCH_PROPERTYGET, &params, result);
+    return Call(disp, name, DISPATCH_PROPERTYGET, result, [](const auto& invoke) { return invoke({}); });
 }
 
 HRESULT AutomationPutProperty(IDispatch* disp, std::wstring_view name, UINT count, VARIANT* args) {
-    DISPID named = DISPID_PROPERTYPUT;
-    DISPPARAMS params = {args, &named, count, 1};
-    return Call(disp, name, DISPATCH_PROPERTYPUT, &params, nullptr);
+    return Call(disp, name, DISPATCH_PROPERTYPUT, nullptr, [&](const auto& invoke) {
+        DISPID named = DISPID_PROPERTYPUT;
+        return invoke({args, &named, count, 1});
+    });
 }
 
 HRESULT AutomationCallMethod(IDispatch* disp, std::wstring_view name, VARIANT* result, UINT count,
                              const VARIANT* args) {
-    DISPID dispid = DISPID_UNKNOWN;
-    const HRESULT found = LookUpMember(disp, name, &dispid);
-    if (FAILED(found)) return found;
-    // Borrowed copies: what they hold stays the caller's. A call without arguments needs no memory.
-    const std::unique_ptr<VARIANT[]> reversed(count > 0 ? new (std::nothrow) VARIANT[count] : nullptr);
-    if (count > 0 && !reversed) return E_OUTOFMEMORY;
-    std::reverse_copy(args, args + count, reversed.get());
-    DISPPARAMS params = {reversed.get(), nullptr, count, 0};
-    return InvokeMember(disp, dispid, DISPATCH_METHOD, &params, result);
+    return Call(disp, name, DISPATCH_METHOD, result, [&](const auto& invoke) -> HRESULT {
+        // Borrowed copies: what they hold stays the caller's. A call without arguments needs no memory.
+        const std::unique_ptr<VARIANT[]> reversed(count > 0 ? new (std::nothrow) VARIANT[count] : nullptr);
+        if (count > 0 && !reversed) return E_OUTOFMEMORY;
+        std::reverse_copy(args, args + count, reversed.get());
+        return invoke({reversed.get(), nullptr, count, 0});
+    });
 }
 
 HRESULT AutomationCallMethod1(IDispatch* disp, std::wstring_view name, VARIANT* result, VARIANT arg) {
-    DISPPARAMS params = {&arg, nullptr, 1, 0};
-    return Call(disp, name, DISPATCH_METHOD, &params, result);
+    return Call(disp, name, DISPATCH_METHOD, result, [&](const auto& invoke) { return invoke({&arg, nullptr, 1, 0}); });
+}
+
+HRESULT AutomationCallLongMethod(IDispatch* disp, std::wstring_view name, VARIANT* result, UINT count,
+                                 const std::function<void(AutomationArgs&)>& fill) {
+    OwnedVariant dropped;
+    return Call(disp, name, DISPATCH_METHOD, result ? result : &dropped, [&](const auto& invoke) -> HRESULT {
+        const AutomationArgsHandle args = MakeAutomationArgs(count);
+        if (!args) return E_OUTOFMEMORY;
+        fill(*args);
+        return invoke(args->params);
+    });
 }
 
 ComPtr<IDispatch> TakeObject(VARIANT& result) {

@@ -10,12 +10,12 @@
 #include <oaidl.h>
 #include <wrl/client.h>
 
+#include <functional>
 #include <optional>
 #include <string>
 #include <string_view>
 
 #include "src/automation/AutomationArgs.h"
-#include "src/base/Handles.h"
 
 HRESULT AutomationGetProperty(IDispatch* disp, std::wstring_view name, VARIANT* result);
 
@@ -31,8 +31,8 @@ HRESULT AutomationCallMethod1(IDispatch* disp, std::wstring_view name, VARIANT* 
 
 // A method with many optional arguments: looks the name up, makes a pack of `count` omitted arguments and lets
 // `fill(AutomationArgs&)` give those that it wants. E_OUTOFMEMORY when there is no pack. `result` may be null.
-template <typename Fill>
-HRESULT AutomationCallLongMethod(IDispatch* disp, std::wstring_view name, VARIANT* result, UINT count, Fill&& fill);
+HRESULT AutomationCallLongMethod(IDispatch* disp, std::wstring_view name, VARIANT* result, UINT count,
+                                 const std::function<void(AutomationArgs&)>& fill);
 
 // What a result counts as: an object only as a non-null VT_DISPATCH, a text only as a non-null VT_BSTR, a number only
 // as VT_I4. `TakeObject` moves the reference out of the result.
@@ -48,20 +48,5 @@ std::optional<LONG> GetNumberProperty(IDispatch* disp, std::wstring_view name);
 // Whether the object has a property of that name that can be read; its value is dropped.
 bool HasReadableProperty(IDispatch* disp, std::wstring_view name);
 
-// The two steps that all of the above are made of.
-HRESULT LookUpMember(IDispatch* disp, std::wstring_view name, DISPID* dispid);
-HRESULT InvokeMember(IDispatch* disp, DISPID dispid, WORD flags, DISPPARAMS* params, VARIANT* result);
-
-template <typename Fill>
-HRESULT AutomationCallLongMethod(IDispatch* disp, std::wstring_view name, VARIANT* result, UINT count, Fill&& fill) {
-    DISPID dispid = DISPID_UNKNOWN;
-    const HRESULT found = LookUpMember(disp, name, &dispid);
-    if (FAILED(found)) return found;
-
-    const AutomationArgsHandle args = MakeAutomationArgs(count);
-    if (!args) return E_OUTOFMEMORY;
-    fill(*args);
-
-    OwnedVariant dropped;
-    return InvokeMember(disp, dispid, DISPATCH_METHOD, &args->params, result ? result : &dropped);
-}
+// Invokes a member whose number is known. `result` may be null.
+HRESULT InvokeMember(IDispatch* disp, DISPID dispid, WORD flags, DISPPARAMS& params, VARIANT* result);

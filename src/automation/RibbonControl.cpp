@@ -9,6 +9,6 @@ std::wstring GetControlId(const VARIANT& argument) {
     if (argument.vt != VT_DISPATCH || !argument.pdispVal) return {};
     DISPPARAMS params = {};
     OwnedVariant result;
-    if (FAILED(InvokeMember(argument.pdispVal, idOfId, DISPATCH_PROPERTYGET, &params, &result))) return {};
+    if (FAILED(InvokeMember(argument.pdispVal, idOfId, DISPATCH_PROPERTYGET, params, &result))) return {};
     return TextOf(result).value_or(std::wstring());
 }
