@@ -17,8 +17,13 @@ void NTAPI FreeBuffer(void* buffer) { delete static_cast<Buffer*>(buffer); }
 // object: its callback runs at thread end although this library takes no thread notifications. Commands are the only
 // callers and run only once the library is pinned, so the callback's code is there as long as any thread is.
 Buffer* ThreadBuffer() {
-    static const DWORD slot = FlsAlloc(&FreeBuffer);
-    if (slot == FLS_OUT_OF_INDEXES) return nullptr;
+    static INIT_ONCE once = INIT_ONCE_STATIC_INIT;
+    static DWORD slot = FLS_OUT_OF_INDEXES;
+    const auto allocate = [](PINIT_ONCE, void*, void**) -> BOOL {
+        slot = FlsAlloc(&FreeBuffer);
+        return slot != FLS_OUT_OF_INDEXES;
+    };
+    if (!InitOnceExecuteOnce(&once, allocate, nullptr, nullptr)) return nullptr;
     auto* buffer = static_cast<Buffer*>(FlsGetValue(slot));
     if (!buffer) {
         auto fresh = std::make_unique<Buffer>();

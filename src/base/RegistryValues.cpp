@@ -96,3 +96,12 @@ HRESULT DeleteRegistryValue(const RegistryValueSpec* spec) {
     const LONG result = RegDeleteValueW(key.Get(), spec->valueName.c_str());
     return result == ERROR_FILE_NOT_FOUND ? S_OK : HResultFromWin32(result);
 }
+
+std::optional<DWORD> ReadRegistryValue(HKEY root, const wchar_t* subkey, const wchar_t* name, void* data, DWORD size) {
+    RegistryKey key;
+    if (RegOpenKeyExW(root, subkey, 0, KEY_READ, key.Receive()) != ERROR_SUCCESS) return std::nullopt;
+    if (RegQueryValueExW(key.Get(), name, nullptr, nullptr, static_cast<BYTE*>(data), &size) != ERROR_SUCCESS) {
+        return std::nullopt;
+    }
+    return size;
+}

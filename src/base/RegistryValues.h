@@ -3,6 +3,7 @@
 
 #include <windows.h>
 
+#include <optional>
 #include <span>
 #include <string>
 
@@ -45,3 +46,7 @@ HRESULT DeleteRegistryTrees(std::span<const RegistryValueSpec> rows);
 
 // Deletes the value; a key or value that is already gone is no error.
 HRESULT DeleteRegistryValue(const RegistryValueSpec* spec);
+
+// Reads the value into the `size` bytes at `data`, whatever its type, and gives how many of them it has. Nothing when
+// it is missing or longer.
+std::optional<DWORD> ReadRegistryValue(HKEY root, const wchar_t* subkey, const wchar_t* name, void* data, DWORD size);

@@ -3,7 +3,10 @@
 
 #include <shellapi.h>
 
+#include <optional>
+
 #include "src/base/Handles.h"
+#include "src/base/RegistryValues.h"
 #include "src/export/OwnerWindow.h"
 #include "src/ui/StringTable.h"
 
@@ -25,17 +28,11 @@ constexpr DWORD companionSuccess = 2000;
 std::wstring Quoted(const std::wstring& text) { return L"\"" + text + L"\""; }
 
 // The value as a text, whatever its type: it ends at its first zero or, where it has none, at its last whole character.
-bool ReadInstallPath(const InstallLocation& location, std::wstring& path) {
-    RegistryKey key;
-    if (RegOpenKeyExW(location.root, location.subkey, 0, KEY_READ, key.Receive()) != ERROR_SUCCESS) return false;
+std::optional<std::wstring> ReadInstallPath(const InstallLocation& location) {
     wchar_t buffer[260];
-    DWORD size = sizeof buffer;
-    if (RegQueryValueExW(key.Get(), L"InstallPath", nullptr, nullptr, reinterpret_cast<BYTE*>(buffer), &size) !=
-        ERROR_SUCCESS) {
-        return false;
-    }
-    path.assign(buffer, wcsnlen(buffer, size / sizeof(wchar_t)));
-    return true;
+    const auto size = ReadRegistryValue(location.root, location.subkey, L"InstallPath", buffer, sizeof buffer);
+    if (!size) return std::nullopt;
+    return std::wstring(buffer, wcsnlen(buffer, *size / sizeof(wchar_t)));
 }
 
 }  // namespace
@@ -46,10 +43,9 @@ std::wstring FindCompanionExecutable() {
         {HKEY_LOCAL_MACHINE, L"SOFTWARE\\WOW6432Node\\ZAVO"},
         {HKEY_LOCAL_MACHINE, L"SOFTWARE\\ZAVO"},
     };
-    std::wstring path;
     for (const InstallLocation& location : locations) {
         // A value that ends in a separator gives a doubled one, which Windows takes as one.
-        if (ReadInstallPath(location, path)) return path + executableName;
+        if (const auto path = ReadInstallPath(location)) return *path + executableName;
     }
     return {};
 }
