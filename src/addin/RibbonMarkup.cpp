@@ -2,6 +2,8 @@
 // ampersand or a less-than sign.
 #include "src/addin/RibbonMarkup.h"
 
+#include <initializer_list>
+#include <string>
 #include <utility>
 
 #include "src/base/ControlIds.h"
@@ -9,124 +11,96 @@
 
 namespace {
 
+enum class Size { Small, Large };
+
 class MarkupWriter {
 public:
-    void Open() {
-        markup_ += L"<customUI xmlns=\"http://schemas.microsoft.com/office/2006/01/customui\" ";
-        markup_ += L"onLoad=\"";
-        markup_ += OnRibbonLoadedName;
-        markup_ += L"\"><ribbon><tabs><tab id=\"ZAVO_Tab\" label=\"" + Text(L"ZAVO") + L"\">";
+    MarkupWriter() {
+        Open(L"customUI",
+             {{L"xmlns", L"http://schemas.microsoft.com/office/2006/01/customui"}, {L"onLoad", OnRibbonLoadedName}});
+        Open(L"ribbon", {});
+        Open(L"tabs", {});
+        Open(L"tab", {{L"id", L"ZAVO_Tab"}, {L"label", Text(L"ZAVO")}});
     }
 
-    std::wstring Close() {
-        markup_ += L"</tab></tabs></ribbon></customUI>";
+    std::wstring Finish() && {
+        for (const wchar_t* element : {L"tab", L"tabs", L"ribbon", L"customUI"}) Close(element);
         return std::move(markup_);
     }
 
-    void OpenGroup(const wchar_t* id, const wchar_t* label) {
-        markup_ += L"<group id=\"";
-        markup_ += id;
-        markup_ += L"\" label=\"" + Text(label) + L"\">";
-    }
-
-    void CloseGroup() { markup_ += L"</group>"; }
+    void OpenGroup(const wchar_t* id, const wchar_t* label) { Open(L"group", {{L"id", id}, {L"label", Text(label)}}); }
 
     void OpenMenu(const wchar_t* id, const wchar_t* label) {
-        OpenElement(L"menu", id);
-        Attribute(L"label", Text(label));
-        Attribute(L"size", L"large");
-        LastAttribute(L"getImage", OnLoadImageName);
-        markup_ += L">";
+        Open(L"menu", {{L"id", id}, {L"label", Text(label)}, {L"size", L"large"}, {L"getImage", OnLoadImageName}});
     }
 
-    void CloseMenu() { markup_ += L"</menu>"; }
+    void Close(const wchar_t* element) { markup_.append(L"</").append(element).append(L">"); }
 
-    void LargeButton(const wchar_t* id, const wchar_t* label, const wchar_t* superTip) {
-        OpenButton(id, label, true);
-        Attribute(L"getImage", OnLoadImageName);
-        LastAttribute(L"supertip", Text(superTip));
-        markup_ += L"/>";
-    }
-
-    void LargeButton(const wchar_t* id, const wchar_t* label) {
-        OpenButton(id, label, true);
-        LastAttribute(L"getImage", OnLoadImageName);
-        markup_ += L"/>";
-    }
-
-    void MenuButton(const wchar_t* id, const wchar_t* label) {
-        OpenButton(id, label, false);
-        LastAttribute(L"getImage", OnLoadImageName);
-        markup_ += L"/>";
+    void Button(const wchar_t* id, const wchar_t* label, Size size, const wchar_t* superTip = nullptr) {
+        Open(L"button",
+             {{L"id", id},
+              {L"label", Text(label)},
+              {L"size", size == Size::Large ? L"large" : L""},
+              {L"onAction", OnButtonClickName},
+              {L"getImage", OnLoadImageName},
+              {L"supertip", superTip ? Text(superTip) : L""}},
+             L"/>");
     }
 
     void CheckBox(const wchar_t* id, const wchar_t* label, const wchar_t* superTip) {
-        OpenElement(L"checkBox", id);
-        Attribute(L"label", Text(label));
-        Attribute(L"getPressed", GetCheckBoxStateName);
-        Attribute(L"onAction", OnCheckBoxChangedName);
-        LastAttribute(L"supertip", Text(superTip));
-        markup_ += L"/>";
+        Open(L"checkBox",
+             {{L"id", id},
+              {L"label", Text(label)},
+              {L"getPressed", GetCheckBoxStateName},
+              {L"onAction", OnCheckBoxChangedName},
+              {L"supertip", Text(superTip)}},
+             L"/>");
     }
 
 private:
-    std::wstring Text(const wchar_t* key) const { return Localize(table_, key); }
+    struct Attribute {
+        const wchar_t* name;
+        std::wstring value;  // empty: the element has no such attribute
+    };
 
-    void OpenButton(const wchar_t* id, const wchar_t* label, bool large) {
-        OpenElement(L"button", id);
-        Attribute(L"label", Text(label));
-        if (large) Attribute(L"size", L"large");
-        Attribute(L"onAction", OnButtonClickName);
+    static std::wstring Text(const wchar_t* key) { return Localize(GetLocalizedStringTable(), key); }
+
+    void Open(const wchar_t* element, std::initializer_list<Attribute> attributes, const wchar_t* end = L">") {
+        markup_.append(L"<").append(element);
+        for (const auto& [name, value] : attributes) {
+            if (!value.empty()) markup_.append(L" ").append(name).append(L"=\"").append(value).append(L"\"");
+        }
+        markup_.append(end);
     }
 
-    void OpenElement(const wchar_t* element, const wchar_t* id) {
-        markup_ += L"<";
-        markup_ += element;
-        markup_ += L" ";
-        Attribute(L"id", id);
-    }
-
-    void LastAttribute(const wchar_t* name, const std::wstring& value) {
-        markup_ += name;
-        markup_ += L"=\"" + value + L"\"";
-    }
-
-    void Attribute(const wchar_t* name, const std::wstring& value) {
-        LastAttribute(name, value);
-        markup_ += L" ";
-    }
-
-    const LocalizedStringTable& table_ = GetLocalizedStringTable();
     std::wstring markup_;
 };
 
 std::wstring BuildOutlookMarkup() {
     MarkupWriter writer;
-    writer.Open();
     writer.OpenGroup(L"PdfTools_Group", L"Create PDF");
     writer.OpenMenu(Menu_ID_Open, L"Open PDF");
-    writer.MenuButton(Button_ID_OpenFromMail, L"Open PDF from selected mail");
-    writer.MenuButton(Button_ID_OpenFromFolder, L"Open PDF from selected folder");
-    writer.CloseMenu();
+    writer.Button(Button_ID_OpenFromMail, L"Open PDF from selected mail", Size::Small);
+    writer.Button(Button_ID_OpenFromFolder, L"Open PDF from selected folder", Size::Small);
+    writer.Close(L"menu");
     writer.OpenMenu(Menu_ID_Create, L"Create PDF");
-    writer.MenuButton(Button_ID_CreateByMail, L"Create PDF from selected email");
+    writer.Button(Button_ID_CreateByMail, L"Create PDF from selected email", Size::Small);
     // "the" makes one PDF per mail, "a" one PDF of them all: both labels are wanted.
-    writer.MenuButton(Button_ID_CreateByFolder, L"Create PDF from the selected folder");
-    writer.MenuButton(Button_ID_CreateMergeByFolder, L"Create a PDF from the selected folder");
-    writer.CloseMenu();
-    writer.LargeButton(Button_ID_CreatePortfolioByMail, L"Create PDF Portfolio");
-    writer.CloseGroup();
-    return writer.Close();
+    writer.Button(Button_ID_CreateByFolder, L"Create PDF from the selected folder", Size::Small);
+    writer.Button(Button_ID_CreateMergeByFolder, L"Create a PDF from the selected folder", Size::Small);
+    writer.Close(L"menu");
+    writer.Button(Button_ID_CreatePortfolioByMail, L"Create PDF Portfolio", Size::Large);
+    writer.Close(L"group");
+    return std::move(writer).Finish();
 }
 
 std::wstring BuildDocumentMarkup(Host host) {
     MarkupWriter writer;
-    writer.Open();
     writer.OpenGroup(L"CreatePdf_Group", L"Create PDF");
-    writer.LargeButton(BUTTON_ID_CREATE, L"Create PDF", L"Convert the current document to PDF");
-    writer.LargeButton(BUTTON_ID_CREATE_AND_SHARE, L"Create and send",
-                       L"Convert the current document to PDF and add it as an attachment to the email");
-    writer.CloseGroup();
+    writer.Button(BUTTON_ID_CREATE, L"Create PDF", Size::Large, L"Convert the current document to PDF");
+    writer.Button(BUTTON_ID_CREATE_AND_SHARE, L"Create and send", Size::Large,
+                  L"Convert the current document to PDF and add it as an attachment to the email");
+    writer.Close(L"group");
     writer.OpenGroup(L"CreateSettings_Group", L"General Settings");
     writer.CheckBox(CheckBox_ID_OpenAfterExport, L"View PDF Results", L"Automatically open PDF file after creation");
     if (host == HostWord || host == HostPowerPoint) {
@@ -140,8 +114,8 @@ std::wstring BuildDocumentMarkup(Host host) {
     writer.CheckBox(CheckBox_ID_IncludeDocProps, L"Preserve document properties",
                     L"The generated PDF document contains information such as the title, author, topic, keywords, "
                     L"etc. of the original document");
-    writer.CloseGroup();
-    return writer.Close();
+    writer.Close(L"group");
+    return std::move(writer).Finish();
 }
 
 }  // namespace
