@@ -3,6 +3,9 @@
 
 #include <shlobj.h>
 
+#include <string>
+#include <vector>
+
 #include "src/addin/Identity.h"
 #include "src/base/RegistryValues.h"
 
@@ -11,14 +14,29 @@ namespace {
 // The class keys are written under HKEY_LOCAL_MACHINE and the ProgID's through HKEY_CLASSES_ROOT; with administrative
 // rights both end up in the machine's own classes.
 std::wstring ClassKey() { return std::wstring(L"Software\\Classes\\CLSID\\") + addinClassIdText; }
-constexpr wchar_t progIdClassKey[] = L"ZAVO.OfficeAddin\\CLSID";
-constexpr wchar_t wordKey[] = L"SOFTWARE\\Microsoft\\Office\\Word\\Addins\\ZAVO.OfficeAddin";
-constexpr wchar_t excelKey[] = L"SOFTWARE\\Microsoft\\Office\\Excel\\Addins\\ZAVO.OfficeAddin";
-constexpr wchar_t powerPointKey[] = L"SOFTWARE\\Microsoft\\Office\\PowerPoint\\Addins\\ZAVO.OfficeAddin";
-constexpr wchar_t outlookKey[] = L"SOFTWARE\\Microsoft\\Office\\Outlook\\Addins\\ZAVO.OfficeAddin";
+
+constexpr const wchar_t* hosts[] = {L"Word", L"Excel", L"PowerPoint", L"Outlook"};
+
+std::wstring HostKey(const wchar_t* host) {
+    return std::wstring(L"SOFTWARE\\Microsoft\\Office\\") + host + L"\\Addins\\" + addinProgId;
+}
 
 constexpr DWORD loadAtStartup = 3;    // LoadBehavior: loaded at start-up and now
 constexpr DWORD commandLineSafe = 1;  // may be loaded when the host is started from the command line
+
+// In the key of each host.
+struct HostValue {
+    const wchar_t* name;
+    DWORD type;
+    const void* data;
+};
+
+constexpr HostValue hostValues[] = {
+    {L"Description", REG_SZ, addinDescription},
+    {L"FriendlyName", REG_SZ, addinDescription},
+    {L"LoadBehavior", REG_DWORD, &loadAtStartup},
+    {L"CommandLineSafe", REG_DWORD, &commandLineSafe},
+};
 
 void NotifyShell() { SHChangeNotify(SHCNE_ASSOCCHANGED, SHCNF_IDLIST, nullptr, nullptr); }
 
@@ -28,30 +46,18 @@ HRESULT LastErrorAsHResult() {
 }
 
 HRESULT WriteRows(const wchar_t* libraryPath) {
-    // InProcServer32 gets no ThreadingModel, on purpose: the host creates the add-in on its main thread.
-    const RegistryValueSpec rows[] = {
-        {HKEY_LOCAL_MACHINE, ClassKey(), L"", REG_SZ, addinDescription},
-        {HKEY_LOCAL_MACHINE, ClassKey() + L"\\InProcServer32", L"", REG_SZ, libraryPath},
-        {HKEY_LOCAL_MACHINE, ClassKey() + L"\\ProgID", L"", REG_SZ, addinProgId},
-        {HKEY_CLASSES_ROOT, addinProgId, L"", REG_SZ, addinDescription},
-        {HKEY_CLASSES_ROOT, progIdClassKey, L"", REG_SZ, addinClassIdText},
-        {HKEY_LOCAL_MACHINE, wordKey, L"Description", REG_SZ, addinDescription},
-        {HKEY_LOCAL_MACHINE, wordKey, L"FriendlyName", REG_SZ, addinDescription},
-        {HKEY_LOCAL_MACHINE, wordKey, L"LoadBehavior", REG_DWORD, &loadAtStartup},
-        {HKEY_LOCAL_MACHINE, wordKey, L"CommandLineSafe", REG_DWORD, &commandLineSafe},
-        {HKEY_LOCAL_MACHINE, excelKey, L"Description", REG_SZ, addinDescription},
-        {HKEY_LOCAL_MACHINE, excelKey, L"FriendlyName", REG_SZ, addinDescription},
-        {HKEY_LOCAL_MACHINE, excelKey, L"LoadBehavior", REG_DWORD, &loadAtStartup},
-        {HKEY_LOCAL_MACHINE, excelKey, L"CommandLineSafe", REG_DWORD, &commandLineSafe},
-        {HKEY_LOCAL_MACHINE, powerPointKey, L"Description", REG_SZ, addinDescription},
-        {HKEY_LOCAL_MACHINE, powerPointKey, L"FriendlyName", REG_SZ, addinDescription},
-        {HKEY_LOCAL_MACHINE, powerPointKey, L"LoadBehavior", REG_DWORD, &loadAtStartup},
-        {HKEY_LOCAL_MACHINE, powerPointKey, L"CommandLineSafe", REG_DWORD, &commandLineSafe},
-        {HKEY_LOCAL_MACHINE, outlookKey, L"Description", REG_SZ, addinDescription},
-        {HKEY_LOCAL_MACHINE, outlookKey, L"FriendlyName", REG_SZ, addinDescription},
-        {HKEY_LOCAL_MACHINE, outlookKey, L"LoadBehavior", REG_DWORD, &loadAtStartup},
-        {HKEY_LOCAL_MACHINE, outlookKey, L"CommandLineSafe", REG_DWORD, &commandLineSafe},
-    };
+    std::vector<RegistryValueSpec> rows;
+    rows.emplace_back(HKEY_LOCAL_MACHINE, ClassKey(), L"", REG_SZ, addinDescription);
+    // No ThreadingModel, on purpose: the host creates the add-in on its main thread.
+    rows.emplace_back(HKEY_LOCAL_MACHINE, ClassKey() + L"\\InProcServer32", L"", REG_SZ, libraryPath);
+    rows.emplace_back(HKEY_LOCAL_MACHINE, ClassKey() + L"\\ProgID", L"", REG_SZ, addinProgId);
+    rows.emplace_back(HKEY_CLASSES_ROOT, addinProgId, L"", REG_SZ, addinDescription);
+    rows.emplace_back(HKEY_CLASSES_ROOT, std::wstring(addinProgId) + L"\\CLSID", L"", REG_SZ, addinClassIdText);
+    for (const wchar_t* host : hosts) {
+        for (const HostValue& value : hostValues) {
+            rows.emplace_back(HKEY_LOCAL_MACHINE, HostKey(host), value.name, value.type, value.data);
+        }
+    }
     return WriteRegistryValues(rows);
 }
 
@@ -67,11 +73,10 @@ HRESULT RegisterAddin(HINSTANCE instance) {
 }
 
 HRESULT UnregisterAddin() {
-    const RegistryValueSpec rows[] = {
-        {HKEY_LOCAL_MACHINE, ClassKey()},  // takes InProcServer32 and ProgID with it
-        {HKEY_CLASSES_ROOT, addinProgId},    {HKEY_LOCAL_MACHINE, wordKey},    {HKEY_LOCAL_MACHINE, excelKey},
-        {HKEY_LOCAL_MACHINE, powerPointKey}, {HKEY_LOCAL_MACHINE, outlookKey},
-    };
+    std::vector<RegistryValueSpec> rows;
+    rows.emplace_back(HKEY_LOCAL_MACHINE, ClassKey());  // takes InProcServer32 and ProgID with it
+    rows.emplace_back(HKEY_CLASSES_ROOT, addinProgId);
+    for (const wchar_t* host : hosts) rows.emplace_back(HKEY_LOCAL_MACHINE, HostKey(host));
     const HRESULT result = DeleteRegistryTrees(rows);
     if (SUCCEEDED(result)) NotifyShell();
     return result;

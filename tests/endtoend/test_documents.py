@@ -46,14 +46,20 @@ def registry_texts():
     found = set()
     for path in [*files("src/**/*.cpp"), *files("src/**/*.h")]:
         source = path.read_text(encoding="utf-8")
-        found.update(text for text in texts(source) if re.match(r"(?i)software\\", text))
+        # Of the keys of Office's versions the guide has the newest whole, and the other versions.
+        found.update(re.sub(r"\\\d\d\.0\\", r"\\16.0\\", text)
+                     for text in texts(source) if re.match(r"(?i)software\\", text))
+        found.update(version for text in texts(source) for version in re.findall(r"\\(\d\d\.0)\\", text))
         if path.name in ("Registration.cpp", "Identity.h"):
             found.update(text.strip("\\") for text in texts(source))
-        for call in re.findall(r"Reg(?:QueryValueEx|GetValue|SetValueEx)W\(([^;]*);", source):
+        hosts = re.search(r"hosts\[\] = {([^}]*)}", source)
+        for pattern in re.findall(r"wstring HostKey\([^{]*{([^}]*)}", source):
+            start, between = texts(pattern)
+            prog_id, = re.findall(r'addinProgId\[\] = L"([^"]*)"', read("src", "addin", "Identity.h"))
+            found.update(start + host + between + prog_id for host in texts(hosts.group(1)))
+        for call in re.findall(r"(?:ReadRegistryValue|Reg(?:QueryValueEx|GetValue|SetValueEx)W)\(([^;]*);", source):
             found.update(texts(call))
         found.update(itertools.chain.from_iterable(map(texts, re.findall(r"wchar_t \w+Value\[\] = ([^;]*);", source))))
-        # The versions that a loop over a path goes through.
-        found.update(text for text in texts(source) if re.fullmatch(r"\d\d\.0", text))
     return found - {""}
 
 
