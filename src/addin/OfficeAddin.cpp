@@ -1,42 +1,18 @@
 // The add-in object: its faces, the routing of callbacks, connection and disconnection.
 #include "src/addin/OfficeAddin.h"
 
-#include <algorithm>
-#include <iterator>
-#include <string_view>
+#include <utility>
 
 #include "src/addin/RibbonCallbacks.h"
 #include "src/addin/RibbonMarkup.h"
 #include "src/automation/AutomationCalls.h"
 #include "src/base/Barrier.h"
-#include "src/base/ControlIds.h"
 #include "src/base/Handles.h"
 #include "src/base/Module.h"
-#include "src/ui/RibbonImages.h"
 
 using Microsoft::WRL::ComPtr;
 
 namespace {
-
-struct Callback {
-    std::wstring_view name;
-    DISPID dispid;
-};
-
-constexpr Callback callbacks[] = {
-    {OnRibbonLoadedName, OnRibbonLoadedId},
-    {OnButtonClickName, OnButtonClickId},
-    {OnLoadImageName, OnLoadImageId},
-    {GetCheckBoxStateName, GetCheckBoxStateId},
-    {OnCheckBoxChangedName, OnCheckBoxChangedId},
-};
-
-DISPID DispidOf(const wchar_t* name) {
-    if (!name) return DISPID_UNKNOWN;
-    const auto* found = std::find_if(std::begin(callbacks), std::end(callbacks),
-                                     [name](const Callback& callback) { return callback.name == name; });
-    return found == std::end(callbacks) ? DISPID_UNKNOWN : found->dispid;
-}
 
 struct HostCollection {
     const wchar_t* property;
@@ -106,8 +82,9 @@ HRESULT ZOfficeAddin::GetIDsOfNames(REFIID riid, LPOLESTR* names, UINT count, LC
         if (riid != IID_NULL) return DISP_E_UNKNOWNINTERFACE;
         HRESULT result = S_OK;
         for (UINT i = 0; i < count; ++i) {
-            dispids[i] = DispidOf(names[i]);
-            if (dispids[i] == DISPID_UNKNOWN) result = DISP_E_UNKNOWNNAME;
+            const RibbonCallback* callback = FindRibbonCallback(names[i]);
+            dispids[i] = callback ? callback->dispid : DISPID_UNKNOWN;
+            if (!callback) result = DISP_E_UNKNOWNNAME;
         }
         return result;
     });
@@ -117,16 +94,11 @@ HRESULT ZOfficeAddin::Invoke(DISPID dispid, REFIID riid, LCID, WORD, DISPPARAMS*
                              UINT*) {
     return Barrier([&]() -> HRESULT {
         if (riid != IID_NULL) return DISP_E_UNKNOWNINTERFACE;
+        const RibbonCallback* callback = FindRibbonCallback(dispid);
+        if (!callback) return DISP_E_MEMBERNOTFOUND;
         // A callback may pump messages, and the host may let go of the object meanwhile.
         const ComPtr<_IDTExtensibility2> self(this);
-        switch (dispid) {
-            case OnRibbonLoadedId: return OnRibbonLoaded(*this, params);
-            case OnButtonClickId: return OnButtonClick(*this, params);
-            case OnLoadImageId: return OnLoadImage(state, params, result);
-            case GetCheckBoxStateId: return GetCheckBoxState(*this, params, result);
-            case OnCheckBoxChangedId: return OnCheckBoxChanged(*this, params);
-            default: return DISP_E_MEMBERNOTFOUND;
-        }
+        return callback->run(*this, params, result);
     });
 }
 
@@ -151,8 +123,12 @@ HRESULT ZOfficeAddin::OnDisconnection(ext_DisconnectMode, SAFEARRAY**) {
 }
 
 void ZOfficeAddin::StopWatchers() {
-    for (auto& watcher : watchers) watcher.reset();
-    watchers.clear();
+    while (!watchers.empty()) {
+        // Off the list first: what the host calls while a watcher ends finds none there, or adds one for the next
+        // round.
+        auto stopping = std::exchange(watchers, {});
+        for (auto& watcher : stopping) watcher.reset();
+    }
 }
 
 HRESULT ZOfficeAddin::OnAddInsUpdate(SAFEARRAY**) { return S_OK; }

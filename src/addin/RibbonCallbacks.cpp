@@ -1,4 +1,5 @@
-// The ribbon's callbacks: argument checks, then the table that the identifier is looked up in.
+// The ribbon's callbacks: argument checks, then the table that the identifier is looked up in. A callback's arguments
+// arrive last one first.
 #include "src/addin/RibbonCallbacks.h"
 
 #include <algorithm>
@@ -10,6 +11,7 @@
 #include "src/automation/RibbonControl.h"
 #include "src/base/Barrier.h"
 #include "src/base/ControlIds.h"
+#include "src/ui/RibbonImages.h"
 #include "src/ui/Theme.h"
 
 using Microsoft::WRL::ComPtr;
@@ -73,9 +75,9 @@ void WatchThemes(ZOfficeAddin& addin) {
     }
 }
 
-}  // namespace
-
-HRESULT OnRibbonLoaded(ZOfficeAddin& addin, const DISPPARAMS* params) {
+// Keeps the ribbon that the host hands over and watches the themes for it. E_INVALIDARG for no object; the error of a
+// failed query for IRibbonUI.
+HRESULT OnRibbonLoaded(ZOfficeAddin& addin, const DISPPARAMS* params, VARIANT*) {
     if (!params || params->cArgs == 0) return E_INVALIDARG;
     const VARIANT& argument = params->rgvarg[0];
     if (argument.vt != VT_DISPATCH || !argument.pdispVal) return E_INVALIDARG;
@@ -88,22 +90,24 @@ HRESULT OnRibbonLoaded(ZOfficeAddin& addin, const DISPPARAMS* params) {
     return result;
 }
 
-HRESULT OnButtonClick(ZOfficeAddin& addin, const DISPPARAMS* params) {
+// Runs the command of the clicked button. S_OK whatever the command did, and for an identifier without a command;
+// E_INVALIDARG for no argument, DISP_E_TYPEMISMATCH for a control without a readable identifier.
+HRESULT OnButtonClick(ZOfficeAddin& addin, const DISPPARAMS* params, VARIANT*) {
     if (!params || params->cArgs == 0) return E_INVALIDARG;
-    HRESULT result = S_OK;
-    // A command reports its own failures, so whatever is thrown on the way the click itself went well.
+    const std::wstring controlId = GetControlId(params->rgvarg[0]);
+    if (controlId.empty()) return DISP_E_TYPEMISMATCH;
+    // A command reports its own failures, so whatever it throws the click itself went well.
     Barrier([&]() -> HRESULT {
-        const std::wstring controlId = GetControlId(params->rgvarg[0]);
-        if (controlId.empty()) return result = DISP_E_TYPEMISMATCH;
         // A command pumps messages in its dialogs and in calls to another process; a second click can come in there.
         const RunningScope running(addin.commandRunning);
         if (running) RunCommand(addin.state, controlId);
         return S_OK;
     });
-    return result;
+    return S_OK;
 }
 
-HRESULT GetCheckBoxState(const ZOfficeAddin& addin, const DISPPARAMS* params, VARIANT* result) {
+// VT_BOOL in `result`: whether the check box's option is set. False and E_NOTIMPL for another identifier.
+HRESULT GetCheckBoxState(ZOfficeAddin& addin, const DISPPARAMS* params, VARIANT* result) {
     if (!params || params->cArgs == 0 || !result) return E_INVALIDARG;
     VariantInit(result);
     const std::wstring controlId = GetControlId(params->rgvarg[0]);
@@ -114,7 +118,8 @@ HRESULT GetCheckBoxState(const ZOfficeAddin& addin, const DISPPARAMS* params, VA
     return option ? S_OK : E_NOTIMPL;
 }
 
-HRESULT OnCheckBoxChanged(ZOfficeAddin& addin, const DISPPARAMS* params) {
+// Stores the check box's new state. E_NOTIMPL for another identifier.
+HRESULT OnCheckBoxChanged(ZOfficeAddin& addin, const DISPPARAMS* params, VARIANT*) {
     if (!params || params->cArgs < 2) return E_INVALIDARG;
     const std::wstring controlId = GetControlId(params->rgvarg[1]);
     if (controlId.empty()) return DISP_E_TYPEMISMATCH;
@@ -123,4 +128,31 @@ HRESULT OnCheckBoxChanged(ZOfficeAddin& addin, const DISPPARAMS* params) {
     // The type tag is not looked at, on purpose: the host's boolean is taken from the 16 bits where it stands.
     option->set(addin.state.settings, params->rgvarg[0].boolVal == VARIANT_TRUE);
     return S_OK;
+}
+
+HRESULT LoadImageOf(ZOfficeAddin& addin, const DISPPARAMS* params, VARIANT* result) {
+    return OnLoadImage(addin.state, params, result);
+}
+
+constexpr RibbonCallback callbacks[] = {
+    {OnRibbonLoadedName, 1001, OnRibbonLoaded},
+    {OnButtonClickName, 1002, OnButtonClick},
+    {OnLoadImageName, 1003, LoadImageOf},
+    {GetCheckBoxStateName, 1004, GetCheckBoxState},
+    {OnCheckBoxChangedName, 1005, OnCheckBoxChanged},
+};
+
+const RibbonCallback* Find(const auto& isWanted) {
+    const auto* found = std::find_if(std::begin(callbacks), std::end(callbacks), isWanted);
+    return found == std::end(callbacks) ? nullptr : found;
+}
+
+}  // namespace
+
+const RibbonCallback* FindRibbonCallback(const wchar_t* name) {
+    return Find([name](const RibbonCallback& callback) { return name && callback.name == name; });
+}
+
+const RibbonCallback* FindRibbonCallback(DISPID dispid) {
+    return Find([dispid](const RibbonCallback& callback) { return callback.dispid == dispid; });
 }

@@ -3,27 +3,31 @@
 
 #include <wrl/client.h>
 
+#include <atomic>
+#include <utility>
+#include <vector>
+
 #include "src/addin/OfficeInterfaces.h"
 
-// Holds one reference. Its operations may be called from any thread; none calls the ribbon with the lock held.
+// Takes and gives back the host's references on the host's thread only; another thread merely calls the ribbon. So one
+// that a later one replaced is kept, too, until Release: it may be in the middle of a call.
 class StoredRibbon {
 public:
-    StoredRibbon() = default;
-    StoredRibbon(const StoredRibbon&) = delete;
-    StoredRibbon& operator=(const StoredRibbon&) = delete;
-    ~StoredRibbon() { Release(); }
+    // What is called from here on.
+    void Store(Microsoft::WRL::ComPtr<IRibbonUI> ribbon) {
+        held_.push_back(std::move(ribbon));
+        current_ = held_.back().Get();
+    }
 
-    // Keeps the ribbon and releases the one held before, if any.
-    void Store(Microsoft::WRL::ComPtr<IRibbonUI> ribbon);
+    // Asks the ribbon to draw itself afresh, if there is one. From any thread that has ended when Release is called.
+    void Invalidate() const {
+        if (IRibbonUI* ribbon = current_) ribbon->Invalidate();
+    }
 
-    // Asks the ribbon to draw itself afresh, if one is held. It is called under a reference of its own.
-    void Invalidate();
-
-    // Releases the reference, once. The pointer keeps its stale value on purpose: nothing reads it any more.
-    void Release();
+    // Releases all that were stored, once. The pointer keeps its stale value on purpose: nothing reads it any more.
+    void Release() { const auto released = std::exchange(held_, {}); }
 
 private:
-    SRWLOCK lock_ = SRWLOCK_INIT;  // takes no memory and cannot fail, so that the last release of the add-in cannot
-    IRibbonUI* ribbon_ = nullptr;
-    bool held_ = false;
+    std::vector<Microsoft::WRL::ComPtr<IRibbonUI>> held_;
+    std::atomic<IRibbonUI*> current_ = nullptr;
 };

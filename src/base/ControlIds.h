@@ -19,15 +19,9 @@ inline constexpr wchar_t Button_ID_CreateByFolder[] = L"Button_ID_CreateByFolder
 inline constexpr wchar_t Button_ID_CreateMergeByFolder[] = L"Button_ID_CreateMergeByFolder";
 inline constexpr wchar_t Button_ID_CreatePortfolioByMail[] = L"Button_ID_CreatePortfolioByMail";
 
-// The callbacks that the markup names; the add-in object resolves them to these DISPIDs.
+// The callbacks, as the markup names them.
 inline constexpr wchar_t OnRibbonLoadedName[] = L"OnRibbonLoaded";
 inline constexpr wchar_t OnButtonClickName[] = L"OnButtonClick";
 inline constexpr wchar_t OnLoadImageName[] = L"OnLoadImage";
 inline constexpr wchar_t GetCheckBoxStateName[] = L"GetCheckBoxState";
 inline constexpr wchar_t OnCheckBoxChangedName[] = L"OnCheckBoxChanged";
-
-inline constexpr long OnRibbonLoadedId = 1001;
-inline constexpr long OnButtonClickId = 1002;
-inline constexpr long OnLoadImageId = 1003;
-inline constexpr long GetCheckBoxStateId = 1004;
-inline constexpr long OnCheckBoxChangedId = 1005;

@@ -5,94 +5,81 @@
 #include <utility>
 
 #include "src/base/Barrier.h"
-#include "src/base/Handles.h"
 
-struct RegistryWatcher::State {
-    State(RegistryValueSpec watchedValue, std::function<void()> callback)
-        : spec(std::move(watchedValue)), changed(std::move(callback)) {}
+namespace {
 
-    const RegistryValueSpec spec;
-    const std::function<void()> changed;
-    RegistryKey key;
-    KernelHandle thread;  // not a std::thread, which asks more of the system while the host starts
-    DWORD threadId = 0;   // of the thread, as long as there is one
-    bool running = false;
-    const KernelHandle stop{CreateEventW(nullptr, TRUE, FALSE, nullptr)};
-    SRWLOCK lock = SRWLOCK_INIT;  // guards key, thread, its id and running
-};
+void WaitAnsweringSentMessages(HANDLE thread) {
+    for (;;) {
+        const DWORD signalled = MsgWaitForMultipleObjectsEx(1, &thread, INFINITE, QS_SENDMESSAGE, MWMO_INPUTAVAILABLE);
+        if (signalled == WAIT_OBJECT_0) return;
+        if (signalled != WAIT_OBJECT_0 + 1) {
+            WaitForSingleObject(thread, INFINITE);
+            return;
+        }
+        MSG msg;
+        PeekMessageW(&msg, nullptr, 0, 0, PM_NOREMOVE | PM_QS_SENDMESSAGE);  // answers what was sent
+    }
+}
+
+}  // namespace
 
 RegistryWatcher::RegistryWatcher(RegistryValueSpec spec, std::function<void()> changed)
-    : state_(std::make_shared<State>(std::move(spec), std::move(changed))) {}
+    : spec_(std::move(spec)), changed_(std::move(changed)) {}
 
 RegistryWatcher::~RegistryWatcher() {
     Barrier([this]() -> HRESULT {
-        bool isOwnThread = false;
-        {
-            const ExclusiveLock lock(state_->lock);
-            isOwnThread = state_->thread.Get() && state_->threadId == GetCurrentThreadId();
-            if (isOwnThread) state_->running = false;
-        }
-        if (isOwnThread) {
-            SetEvent(state_->stop.Get());
-        } else {
-            Stop();
-        }
+        Stop();
         return S_OK;
     });
 }
 
 bool RegistryWatcher::Start() {
-    const ExclusiveLock lock(state_->lock);
-    if (state_->running || state_->thread.Get() || !state_->stop.Get()) return false;
-    const RegistryValueSpec& spec = state_->spec;
+    const ExclusiveLock lock(lock_);
+    if (running_ || thread_.Get() || !stop_.Get()) return false;
     RegistryKey key;
-    if (RegOpenKeyExW(spec.root, spec.subkey.c_str(), 0, KEY_READ, key.Receive()) != ERROR_SUCCESS) return false;
-    ResetEvent(state_->stop.Get());
+    if (RegOpenKeyExW(spec_.root, spec_.subkey.c_str(), 0, KEY_READ, key.Receive()) != ERROR_SUCCESS) return false;
+    ResetEvent(stop_.Get());
     // The thread waits for the lock and then finds the rest done.
-    auto shared = std::make_unique<std::shared_ptr<State>>(state_);
-    state_->thread = KernelHandle(CreateThread(nullptr, 0, &RunThread, shared.get(), 0, &state_->threadId));
-    if (!state_->thread.Get()) {
+    thread_ = KernelHandle(CreateThread(nullptr, 0, &RunThread, this, 0, &threadId_));
+    if (!thread_.Get()) {
         throw std::system_error(std::make_error_code(std::errc::resource_unavailable_try_again));
     }
-    (void)shared.release();
-    state_->key = std::move(key);
-    state_->running = true;
+    key_ = std::move(key);
+    running_ = true;
     return true;
 }
 
 void RegistryWatcher::Stop() {
     KernelHandle ending;
     {
-        const ExclusiveLock lock(state_->lock);
-        state_->running = false;
-        if (!state_->thread.Get()) return;
-        if (state_->threadId != GetCurrentThreadId()) ending = std::move(state_->thread);
+        const ExclusiveLock lock(lock_);
+        running_ = false;
+        if (!thread_.Get()) return;
+        if (threadId_ != GetCurrentThreadId()) ending = std::move(thread_);
     }
-    SetEvent(state_->stop.Get());
+    SetEvent(stop_.Get());
     if (!ending.Get()) {
         throw std::system_error(std::make_error_code(std::errc::resource_deadlock_would_occur));
     }
-    WaitForSingleObject(ending.Get(), INFINITE);
-    const ExclusiveLock lock(state_->lock);
-    state_->key.Close();
+    WaitAnsweringSentMessages(ending.Get());
+    const ExclusiveLock lock(lock_);
+    key_.Close();
 }
 
-DWORD WINAPI RegistryWatcher::RunThread(void* shared) {
+DWORD WINAPI RegistryWatcher::RunThread(void* watcher) {
     Barrier([&]() -> HRESULT {
-        const std::unique_ptr<std::shared_ptr<State>> state(static_cast<std::shared_ptr<State>*>(shared));
-        Watch(**state);
+        static_cast<RegistryWatcher*>(watcher)->Watch();
         return S_OK;
     });
     return 0;
 }
 
-void RegistryWatcher::Watch(State& state) {
+void RegistryWatcher::Watch() {
     for (;;) {
         HKEY key = nullptr;
         {
-            const ExclusiveLock lock(state.lock);
-            if (!state.running) return;
-            key = state.key.Get();
+            const ExclusiveLock lock(lock_);
+            if (running_) key = key_.Get();
         }
         if (!key) return;
         DWORD signalled = WAIT_FAILED;
@@ -103,13 +90,13 @@ void RegistryWatcher::Watch(State& state) {
             // A key that was deleted can never be watched again.
             if (armed == ERROR_KEY_DELETED || armed == ERROR_INVALID_HANDLE) return;
             if (armed != ERROR_SUCCESS) continue;
-            const HANDLE events[] = {change.Get(), state.stop.Get()};
+            const HANDLE events[] = {change.Get(), stop_.Get()};
             signalled = WaitForMultipleObjects(ARRAYSIZE(events), events, FALSE, INFINITE);
         }
         if (signalled == WAIT_OBJECT_0 + 1) return;
         if (signalled == WAIT_OBJECT_0) {
-            Barrier([&]() -> HRESULT {
-                state.changed();
+            Barrier([this]() -> HRESULT {
+                changed_();
                 return S_OK;
             });
         }

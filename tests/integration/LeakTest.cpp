@@ -3,6 +3,8 @@
 #include <gtest/gtest.h>
 #include <objbase.h>
 
+#include <system_error>
+
 #include "src/addin/ClassFactory.h"
 #include "src/addin/OfficeAddin.h"
 #include "src/base/Handles.h"
@@ -14,6 +16,7 @@
 #include "src/ui/RibbonImages.h"
 #include "tests/support/ComAllocations.h"
 #include "tests/support/CountedAllocations.h"
+#include "tests/support/FailingThreads.h"
 #include "tests/support/OpenHandles.h"
 #include "tests/support/Registry.h"
 #include "tests/support/ScriptedRibbon.h"
@@ -265,13 +268,15 @@ TEST(Leaks, WatcherThatGetsNoThreadStaysStoppedWithItsKeyClosed) {
     const long blocks = liveBlocks;
     const size_t handles = OpenHandles();
     for (int i = 0; i < 20; ++i) {
-        allocationsUntilFailure = 0;
-        EXPECT_THROW(watcher.Start(), std::bad_alloc);
-        allocationsUntilFailure = -1;
+        threadsFail = true;
+        EXPECT_THROW(watcher.Start(), std::system_error);
+        threadsFail = false;
     }
     EXPECT_EQ(liveBlocks, blocks);
     EXPECT_LT(OpenHandles(), handles + 20);
-    EXPECT_TRUE(watcher.Start());
+    allocationsUntilFailure = 0;
+    EXPECT_TRUE(watcher.Start());  // needs no memory
+    allocationsUntilFailure = -1;
     watcher.Stop();
     RegDeleteTreeW(HKEY_CURRENT_USER, L"Software\\ZavoLeak");
 }

@@ -5,7 +5,6 @@
 #include <filesystem>
 #include <fstream>
 
-#include "src/base/ControlIds.h"
 #include "src/base/Handles.h"
 #include "src/outlook/FileNames.h"
 #include "standins/office/DocumentExport.h"
@@ -129,6 +128,7 @@ HRESULT OutlookSession::Click(ZOfficeAddin& addin, std::wstring_view controlId) 
     const Control control(controlId, faults);
     VARIANT argument = control.Argument();
     DISPPARAMS params = {&argument, nullptr, 1, 0};
-    return addin.Invoke(OnButtonClickId, IID_NULL, LOCALE_USER_DEFAULT, DISPATCH_METHOD, &params, nullptr, nullptr,
+    constexpr DISPID onButtonClick = 1002;
+    return addin.Invoke(onButtonClick, IID_NULL, LOCALE_USER_DEFAULT, DISPATCH_METHOD, &params, nullptr, nullptr,
                         nullptr);
 }

@@ -1,4 +1,4 @@
-// How often the stored ribbon is released.
+// How often the stored ribbons are called and released.
 #include "src/addin/StoredRibbon.h"
 
 #include <gtest/gtest.h>
@@ -16,57 +16,50 @@ TEST(StoredRibbon, IsReleasedOnce) {
     EXPECT_EQ(ribbon.References(), 1U);
 }
 
-TEST(StoredRibbon, LaterRibbonReleasesTheEarlierOnlyWhileItIsHeld) {
+TEST(StoredRibbon, LaterRibbonIsCalledAndTheEarlierOneKeptUntilTheRelease) {
     ScriptedRibbon first;
     ScriptedRibbon second;
     StoredRibbon stored;
     stored.Store(&first);
     stored.Store(&second);
-    EXPECT_EQ(first.References(), 1U);
-    EXPECT_EQ(second.References(), 2U);
-    stored.Release();
-    stored.Store(&first);
-    EXPECT_EQ(second.References(), 1U);
     EXPECT_EQ(first.References(), 2U);
-    stored.Release();
-}
-
-TEST(StoredRibbon, IsInvalidatedOnlyWhileItIsHeld) {
-    ScriptedRibbon ribbon;
-    StoredRibbon stored;
+    EXPECT_EQ(second.References(), 2U);
     stored.Invalidate();
-    stored.Store(&ribbon);
-    stored.Invalidate();
-    stored.Invalidate();
-    stored.Release();
-    stored.Invalidate();
-    EXPECT_EQ(ribbon.invalidations, 2);
-    EXPECT_EQ(ribbon.References(), 1U);
-}
-
-TEST(StoredRibbon, RibbonThatIsReleasedDuringACallLivesUntilTheCallEnds) {
-    ScriptedRibbon ribbon;
-    StoredRibbon stored;
-    stored.Store(&ribbon);
-    ribbon.onInvalidate = [&] {
-        stored.Release();
-        EXPECT_EQ(ribbon.References(), 2U);  // the test's and the call's
-    };
-    stored.Invalidate();
-    EXPECT_EQ(ribbon.References(), 1U);
-}
-
-TEST(StoredRibbon, RibbonIsReleasedWithoutTheLock) {
-    ScriptedRibbon first;
-    ScriptedRibbon second;
-    StoredRibbon stored;
-    stored.Store(&first);
-    first.onRelease = [&] { stored.Invalidate(); };  // hangs if the lock is held
-    stored.Store(&second);
+    EXPECT_EQ(first.invalidations, 0);
     EXPECT_EQ(second.invalidations, 1);
-    second.onRelease = [&] { stored.Invalidate(); };
     stored.Release();
-    first.onRelease = second.onRelease = nullptr;
+    EXPECT_EQ(first.References(), 1U);
+    EXPECT_EQ(second.References(), 1U);
+}
+
+TEST(StoredRibbon, IsCalledAfterItWasStoredOnceMore) {
+    ScriptedRibbon ribbon;
+    StoredRibbon stored;
+    stored.Store(&ribbon);
+    stored.Release();
+    stored.Store(&ribbon);
+    stored.Invalidate();
+    EXPECT_EQ(ribbon.invalidations, 1);
+    stored.Release();
+    EXPECT_EQ(ribbon.References(), 1U);
+}
+
+TEST(StoredRibbon, NothingIsCalledWhereNoneIsStored) {
+    const StoredRibbon stored;
+    stored.Invalidate();
+}
+
+TEST(StoredRibbon, CallTakesAndGivesBackNoReference) {
+    ScriptedRibbon ribbon;
+    StoredRibbon stored;
+    stored.Store(&ribbon);
+    int releases = 0;
+    ribbon.onRelease = [&] { ++releases; };
+    ribbon.onInvalidate = [&] { EXPECT_EQ(ribbon.References(), 2U); };  // the test's and the holder's
+    stored.Invalidate();
+    EXPECT_EQ(ribbon.invalidations, 1);
+    EXPECT_EQ(releases, 0);
+    stored.Release();
 }
 
 TEST(StoredRibbon, IsReleasedWithItsHolder) {

@@ -1,11 +1,15 @@
 // From a written theme value to a ribbon that is drawn afresh.
 #include <gtest/gtest.h>
 
+#include <atomic>
+#include <functional>
+
 #include "src/addin/RibbonCallbacks.h"
 #include "tests/support/AddinObject.h"
 #include "tests/support/OpenHandles.h"
 #include "tests/support/ScriptedDispatch.h"
 #include "tests/support/ScriptedRibbon.h"
+#include "tests/support/TestWindow.h"
 #include "tests/support/ThemeKeys.h"
 
 namespace {
@@ -134,9 +138,128 @@ TEST_F(ThemeWatch, SecondRibbonLoadAddsTwoMoreWatchersAndTheNewRibbonIsAsked) {
     LoadRibbon(addin, &first);
     LoadRibbon(addin, &second);
     EXPECT_EQ(addin->watchers.size(), 4U);
-    EXPECT_EQ(first.References(), 1U);
     EXPECT_TRUE(ChangeIsSeen(second, WriteOffice));
     EXPECT_EQ(first.invalidations, 0);
+}
+
+TEST_F(ThemeWatch, RibbonThatASecondLoadReplacedIsReleasedAtDisconnectionOnTheHostsThread) {
+    const AddinObject addin;
+    ScriptedRibbon first;
+    ScriptedRibbon second;
+    LoadRibbon(addin, &first);
+    std::atomic<int> elsewhere = 0;
+    for (ScriptedRibbon* ribbon : {&first, &second}) {
+        ribbon->onRelease = [&, self = GetCurrentThreadId()] { elsewhere += GetCurrentThreadId() != self; };
+    }
+    LoadRibbon(addin, &second);
+    EXPECT_EQ(first.References(), 2U);
+    EXPECT_TRUE(ChangeIsSeen(second, WriteOffice));
+    EXPECT_TRUE(ChangeIsSeen(second, WriteWindows));
+    EXPECT_EQ(first.References(), 2U);
+    EXPECT_EQ(second.References(), 2U);
+    addin->OnDisconnection(ext_dm_HostShutdown, nullptr);
+    EXPECT_EQ(first.References(), 1U);
+    EXPECT_EQ(second.References(), 1U);
+    EXPECT_EQ(elsewhere, 0);
+}
+
+TEST_F(ThemeWatch, HostWithoutAnyStoredThemeHasTheRootsOwnValuesWatched) {
+    ThemeKeys::Clear();
+    ThemeKeys::SetWindows(1);
+    const AddinObject addin;
+    ScriptedRibbon ribbon;
+    LoadRibbon(addin, &ribbon);
+    ASSERT_EQ(addin->watchers.size(), 2U);
+    addin->watchers[1]->Stop();
+    EXPECT_TRUE(ChangeIsSeen(ribbon, [](DWORD value) {
+        RegSetKeyValueW(HKEY_CURRENT_USER, nullptr, L"ZavoRootValue", REG_DWORD, &value, sizeof value);
+    }));
+    RegDeleteKeyValueW(HKEY_CURRENT_USER, nullptr, L"ZavoRootValue");
+}
+
+TEST_F(ThemeWatch, OfficesWatcherComesFirstThenThatOfWindows) {
+    const AddinObject addin;
+    ScriptedRibbon ribbon;
+    LoadRibbon(addin, &ribbon);
+    ASSERT_EQ(addin->watchers.size(), 2U);
+    addin->watchers[0]->Stop();
+    EXPECT_TRUE(ChangeIsSeen(ribbon, WriteWindows));
+    Sleep(100);  // whatever else was written has arrived
+    const int before = ribbon.invalidations;
+    WriteOffice(4711);
+    Sleep(200);
+    EXPECT_EQ(ribbon.invalidations, before);
+    EXPECT_TRUE(addin->watchers[0]->Start());
+    addin->watchers[1]->Stop();
+    EXPECT_TRUE(ChangeIsSeen(ribbon, WriteOffice));
+}
+
+// Office's ribbon may hand a call on to its own thread and wait there for the answer.
+TEST_F(ThemeWatch, RibbonThatSendsToTheDisconnectingThreadDoesNotHangIt) {
+    constexpr UINT posted = WM_APP + 1;
+    const AddinObject addin;
+    const TestWindow window;
+    ScriptedRibbon ribbon;
+    LoadRibbon(addin, &ribbon);
+    std::atomic<bool> answered = false;
+    ribbon.onInvalidate = [&] {
+        SendMessageW(window.Get(), WM_APP, 0, 0);
+        answered = true;
+    };
+    static DWORD value = 5000;
+    for (int i = 0; i < 100 && ribbon.invalidations == 0; ++i) {
+        WriteOffice(++value);
+        Sleep(20);  // handles no messages
+    }
+    ASSERT_GT(ribbon.invalidations, 0);
+    ASSERT_FALSE(answered);
+    PostMessageW(window.Get(), posted, 0, 0);
+    EXPECT_EQ(addin->OnDisconnection(ext_dm_HostShutdown, nullptr), S_OK);
+    EXPECT_TRUE(answered);
+    EXPECT_TRUE(addin->watchers.empty());
+    EXPECT_EQ(ribbon.References(), 1U);
+    MSG msg = {};
+    EXPECT_TRUE(PeekMessageW(&msg, window.Get(), posted, posted, PM_REMOVE)) << "a posted message was taken";
+}
+
+namespace {
+
+// What the host does within a message that it is sent.
+std::function<void()> onSent;
+
+LRESULT CALLBACK AnswerSent(HWND window, UINT message, WPARAM first, LPARAM second) {
+    if (message == WM_APP && onSent) onSent();
+    return DefWindowProcW(window, message, first, second);
+}
+
+}  // namespace
+
+TEST_F(ThemeWatch, CallbacksThatComeInDuringDisconnectionAreHarmless) {
+    const AddinObject addin;
+    const TestWindow window;
+    SetWindowLongPtrW(window.Get(), GWLP_WNDPROC, reinterpret_cast<LONG_PTR>(&AnswerSent));
+    ScriptedRibbon ribbon;
+    ScriptedRibbon later;
+    LoadRibbon(addin, &ribbon);
+    int calls = 0;
+    onSent = [&] {
+        if (++calls > 1) return;
+        LoadRibbon(addin, &later);
+        addin->OnDisconnection(ext_dm_HostShutdown, nullptr);
+        LoadRibbon(addin, &later);
+    };
+    ribbon.onInvalidate = [&] { SendMessageW(window.Get(), WM_APP, 0, 0); };
+    static DWORD value = 6000;
+    for (int i = 0; i < 100 && ribbon.invalidations == 0; ++i) {
+        WriteOffice(++value);
+        Sleep(20);
+    }
+    EXPECT_EQ(addin->OnDisconnection(ext_dm_HostShutdown, nullptr), S_OK);
+    onSent = nullptr;
+    EXPECT_EQ(calls, 1);
+    EXPECT_TRUE(addin->watchers.empty());
+    EXPECT_EQ(ribbon.References(), 1U);
+    EXPECT_EQ(later.References(), 1U);
 }
 
 TEST_F(ThemeWatch, TenRibbonLoadsAndOneDisconnectionLeaveNothingBehind) {
