@@ -7,6 +7,7 @@
 #include <string>
 
 #include "src/base/ControlIds.h"
+#include "src/base/Paths.h"
 #include "src/export/CreatePdf.h"
 #include "src/outlook/CreateCommands.h"
 #include "src/outlook/FileNames.h"

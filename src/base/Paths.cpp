@@ -2,6 +2,7 @@
 #include "src/base/Paths.h"
 
 #include <windows.h>
+#include <shlobj.h>
 #include <shlwapi.h>
 
 std::wstring GetFileNameOfPath(const std::wstring& path, bool keepExtension) {
@@ -29,4 +30,14 @@ std::wstring MakeUniquePath(unsigned counter, const std::wstring& path) {
         if (counter != 0) candidate.assign(stem).append(L"(" + std::to_wstring(counter) + L")").append(extension);
         if (!PathFileExistsW(candidate.c_str())) return candidate;
     }
+}
+
+bool Exists(const std::wstring& path) { return GetFileAttributesW(path.c_str()) != INVALID_FILE_ATTRIBUTES; }
+
+void MakeFolder(const std::wstring& path) { SHCreateDirectoryExW(nullptr, path.c_str(), nullptr); }
+
+std::wstring Shortened(const std::wstring& text, size_t length) {
+    if (text.size() <= length) return text;
+    if (length > 0 && IS_HIGH_SURROGATE(text[length - 1])) --length;
+    return text.substr(0, length);
 }

@@ -11,13 +11,6 @@ constexpr wchar_t pdfExtension[] = L".pdf";
 constexpr size_t pdfExtensionLength = ARRAYSIZE(pdfExtension) - 1;
 constexpr size_t longestPath = MAX_PATH - 1;
 
-// The first `length` characters of `text`, or one less where that would cut a surrogate pair in two.
-std::wstring Shortened(const std::wstring& text, size_t length) {
-    if (text.size() <= length) return text;
-    if (length > 0 && IS_HIGH_SURROGATE(text[length - 1])) --length;
-    return text.substr(0, length);
-}
-
 }  // namespace
 
 std::wstring ProposedPdfPath(const std::wstring& fullName) {

@@ -5,9 +5,10 @@
 #include <vector>
 
 #include "src/automation/AutomationCalls.h"
-#include "src/export/Companion.h"
+#include "src/base/Paths.h"
 #include "src/export/PdfEngine.h"
 #include "src/outlook/FileNames.h"
+#include "src/outlook/MailCommand.h"
 #include "src/outlook/MailConversion.h"
 #include "src/outlook/OutlookItems.h"
 
@@ -39,18 +40,19 @@ std::wstring MergedPdf(IDispatch* folder, const std::wstring& workingFolder, con
 }  // namespace
 
 bool CreatePdfFromSelection(AddinState& addin, IDispatch* application, const std::wstring& workingFolder) {
+    MailCommand command(addin, workingFolder);
     const ComPtr<IDispatch> items = GetSelectedItems(application);
-    if (!items) return false;
-    return OpenInCompanion(addin, PdfPaths(ConvertMailsToPdf(addin, items.Get(), workingFolder)), noMailsMessage);
+    return items && command.Finish(PdfPaths(ConvertMailsToPdf(addin, items.Get(), command)));
 }
 
 bool CreatePdfFromFolder(AddinState& addin, IDispatch* application, const std::wstring& workingFolder, bool merge) {
+    MailCommand command(addin, workingFolder);
     const ComPtr<IDispatch> folder = GetCurrentFolder(application);
     const ComPtr<IDispatch> items = GetObjectProperty(folder.Get(), L"Items");
     if (!items) return false;
-    std::vector<MailRecord> records = ConvertMailsToPdf(addin, items.Get(), workingFolder);
+    std::vector<MailRecord> records = ConvertMailsToPdf(addin, items.Get(), command);
     SortByReceivedTime(records);
     std::vector<std::wstring> paths = PdfPaths(std::move(records));
     if (merge && paths.size() > 1) paths = {MergedPdf(folder.Get(), workingFolder, paths)};
-    return OpenInCompanion(addin, paths, noMailsMessage);
+    return command.Finish(paths);
 }

@@ -115,10 +115,6 @@ std::wstring GetTempOutputPath(const std::wstring& sourcePath, const std::wstrin
     return OutputPath(GetTempSubfolder(subfolder), sourcePath);
 }
 
-void MakeFolder(const std::wstring& path) { SHCreateDirectoryExW(nullptr, path.c_str(), nullptr); }
-
-bool Exists(const std::wstring& path) { return GetFileAttributesW(path.c_str()) != INVALID_FILE_ATTRIBUTES; }
-
 std::wstring SaveAsExtension(long type) {
     const auto* found = std::find_if(std::begin(saveTypes), std::end(saveTypes),
                                      [type](const SaveType& row) { return row.type == type; });

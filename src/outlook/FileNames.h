@@ -4,6 +4,7 @@
 // at all: never altered, and never a way out of the folder that is meant.
 #pragma once
 
+#include <functional>
 #include <string>
 #include <string_view>
 
@@ -20,12 +21,6 @@ std::wstring GetOutlookWorkingFolder(std::wstring_view controlId);
 std::wstring GetDocumentsOutputPath(const std::wstring& sourcePath, const std::wstring& subfolder);
 std::wstring GetTempOutputPath(const std::wstring& sourcePath, const std::wstring& subfolder);
 
-// Makes the folder with all that is missing above it. One that is there already, or cannot be made, is no matter here.
-void MakeFolder(const std::wstring& path);
-
-// Whether there is a file or folder.
-bool Exists(const std::wstring& path);
-
 // Outlook's `SaveAs` types (OlSaveAsType), and the extension, with its dot, of what it writes; ".msg" for other types.
 constexpr long olDoc = 4;
 std::wstring SaveAsExtension(long type);
@@ -40,6 +35,8 @@ bool IsPlainWholeFileName(std::wstring_view name);
 bool IsShortEnough(const std::wstring& path);
 // The path of the file of that name in the folder; empty where there can be no such file.
 std::wstring PathInFolder(const std::wstring& folder, const std::wstring& name);
+// Where a file of that name goes; empty where there can be none.
+using PathForName = std::function<std::wstring(const std::wstring& name)>;
 
 // `name` with "-" for every character that file names forbid.
 std::wstring WithoutForbiddenCharacters(std::wstring name);

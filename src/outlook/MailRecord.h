@@ -9,10 +9,10 @@
 #include <vector>
 
 struct MailRecord {
-    Microsoft::WRL::ComPtr<IDispatch> item;
-    std::wstring key;      // see GetMailKey
-    std::wstring pdfPath;  // of the PDF made from the mail
-    SYSTEMTIME received;   // local time
+    Microsoft::WRL::ComPtr<IDispatch> item;  // empty: a mailbox on a server has only some 250 items open at once
+    std::wstring key;                        // see GetMailKey
+    std::wstring pdfPath;                    // of the PDF made from the mail
+    SYSTEMTIME received;                     // local time
 };
 
 // Oldest first, to the second. The order of records whose times agree that far is not defined.

@@ -4,7 +4,9 @@
 #include <iterator>
 #include <vector>
 
+#include "src/automation/AutomationCalls.h"
 #include "src/export/Companion.h"
+#include "src/export/OwnerWindow.h"
 #include "src/outlook/Attachments.h"
 #include "src/outlook/OutlookItems.h"
 
@@ -22,8 +24,9 @@ bool OpenPdfAttachmentsFromFolder(const AddinState& addin, IDispatch* applicatio
 }
 
 bool OpenPdfAttachments(const AddinState& addin, IDispatch* items, const std::wstring& workingFolder) {
+    const HWND owner = GetOwnerWindow(addin);
     std::vector<std::wstring> files;
-    ForEachItem(items, [&](IDispatch* item) {
+    ForEachItem(owner, items, GetNumberProperty(items, L"Count").value_or(0), [&](IDispatch* item) {
         std::vector<std::wstring> saved = SaveMailAttachments(item, workingFolder, true);
         files.insert(files.end(), std::make_move_iterator(saved.begin()), std::make_move_iterator(saved.end()));
     });

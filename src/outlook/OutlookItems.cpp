@@ -7,6 +7,7 @@
 
 #include "src/automation/AutomationCalls.h"
 #include "src/base/Barrier.h"
+#include "src/ui/TaskbarProgress.h"
 
 using Microsoft::WRL::ComPtr;
 
@@ -46,10 +47,11 @@ ComPtr<IDispatch> GetCurrentFolderItems(IDispatch* application) {
 }
 
 void ForEachItem(IDispatch* collection, const ItemAction& action) {
-    ForEachItem(collection, GetNumberProperty(collection, L"Count").value_or(0), action);
+    ForEachItem(nullptr, collection, GetNumberProperty(collection, L"Count").value_or(0), action);
 }
 
-void ForEachItem(IDispatch* collection, LONG count, const ItemAction& action) {
+void ForEachItem(HWND owner, IDispatch* collection, LONG count, const ItemAction& action) {
+    TaskbarProgress progress(owner, count);
     for (LONGLONG index = 1; index <= count; ++index) {
         Barrier([&]() -> HRESULT {
             OwnedVariant result;
@@ -59,6 +61,7 @@ void ForEachItem(IDispatch* collection, LONG count, const ItemAction& action) {
             if (const ComPtr<IDispatch> item = TakeObject(result)) action(item.Get());
             return S_OK;
         });
+        progress.Show(index);
     }
 }
 

@@ -19,8 +19,9 @@ using ItemAction = std::function<void(IDispatch* item)>;
 // Calls `action` for each object of a collection, in its order. A collection without a 32-bit count has none. What is
 // thrown for one item ends with that item: the others have their turn.
 void ForEachItem(IDispatch* collection, const ItemAction& action);
-// The same for a collection whose count has been read.
-void ForEachItem(IDispatch* collection, LONG count, const ItemAction& action);
+// The same for a collection whose count has been read. The taskbar button of `owner` shows how far it is, as a
+// TaskbarProgress does.
+void ForEachItem(HWND owner, IDispatch* collection, LONG count, const ItemAction& action);
 
 // Whether the message class has "IPM.Note" anywhere: signed mails and reports about mails are mails, too.
 bool IsMailItem(IDispatch* item);

@@ -7,14 +7,9 @@
 
 #include "src/ui/Language.h"
 
-struct LocalizedText {
-    UiLanguage language;
-    std::wstring_view text;
-};
-
 struct LocalizedRow {
     std::wstring_view key;
-    LocalizedText texts[12];  // those that a row lacks are the last ones and have no data
+    std::wstring_view texts[12];  // by the number of the language; one that is missing has no data
 };
 
 using LocalizedStringTable = std::span<const LocalizedRow>;  // in ascending order of the keys

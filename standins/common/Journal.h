@@ -8,6 +8,7 @@
 //   no attachment number of an item; number of its attachment; path; why
 //   exported      a document; its PDF
 //   not exported  a document; why
+//   shown         a file that the companion was given and found
 #pragma once
 
 #include <initializer_list>

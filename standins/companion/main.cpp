@@ -12,6 +12,7 @@
 #include "engine/Portfolio.h"
 #include "src/base/Handles.h"
 #include "standins/bridge/Bridge.h"
+#include "standins/common/Journal.h"
 #include "standins/common/Text.h"
 
 namespace {
@@ -52,6 +53,7 @@ bool DescribeFile(Report& report, const std::wstring& path) {
     }
     const ULONGLONG size = (static_cast<ULONGLONG>(data.nFileSizeHigh) << 32) | data.nFileSizeLow;
     report.Line(L"file: " + path + L", " + PagesOf(path) + L", " + std::to_wstring(size) + L" bytes");
+    WriteJournal({L"shown", path});
     return true;
 }
 

@@ -1,6 +1,8 @@
 // Outlook's objects.
 #include "standins/office/OutlookModel.h"
 
+#include <algorithm>
+#include <atomic>
 #include <memory>
 #include <utility>
 
@@ -10,6 +12,9 @@
 using Microsoft::WRL::ComPtr;
 
 namespace {
+
+std::atomic<long> openItems = 0;
+std::atomic<long> mostOpenItems = 0;
 
 constexpr HRESULT outOfBounds = static_cast<HRESULT>(0x80020009);  // "Array index out of bounds."
 constexpr LONG olMsg = 3;                                          // what SaveAs writes unless it is told
@@ -41,7 +46,8 @@ ComPtr<IDispatch> MakeAttachment(const Shared& folder, size_t item, size_t place
     const OutlookAttachment* attachment = &folder->items[item].attachments[place];
     const auto object = MakeObject(L"Attachment");
     AddText(object->members, L"FileName", attachment->fileName);
-    object->members.AddMethod(L"SaveAsFile", [folder, attachment](const Arguments& arguments, VARIANT*) {
+    const auto open = std::make_shared<const OpenItems>();
+    object->members.AddMethod(L"SaveAsFile", [folder, attachment, open](const Arguments& arguments, VARIANT*) {
         attachment->save(Required(arguments.Text(1)));
         return S_OK;
     });
@@ -68,7 +74,8 @@ ComPtr<IDispatch> MakeItem(const Shared& folder, size_t place) {
                                       return MakeAttachment(folder, place, one);
                                   }).Get());
     });
-    members.AddMethod(L"SaveAs", [folder, item](const Arguments& arguments, VARIANT*) {
+    const auto open = std::make_shared<const OpenItems>();
+    members.AddMethod(L"SaveAs", [folder, item, open](const Arguments& arguments, VARIANT*) {
         item->saveAs(Required(arguments.Text(1)), arguments.Number(2).value_or(olMsg));
         return S_OK;
     });
@@ -117,3 +124,13 @@ ComPtr<IDispatch> MakeOutlookApplication(OutlookFolder folder, OutlookSelection 
                         [makeExplorer](VARIANT* result) { return GiveObject(result, makeExplorer().Get()); });
     return application;
 }
+
+OpenItems::OpenItems() { mostOpenItems = std::max(mostOpenItems.load(), ++openItems); }
+
+OpenItems::~OpenItems() { --openItems; }
+
+long OpenItems::Now() { return openItems; }
+
+long OpenItems::Most() { return mostOpenItems; }
+
+void OpenItems::Restart() { mostOpenItems = openItems.load(); }

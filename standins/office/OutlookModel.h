@@ -38,3 +38,18 @@ using OutlookSelection = std::function<std::vector<size_t>()>;
 
 // Outlook showing that folder. As in Outlook, each way to an object makes a new one.
 Microsoft::WRL::ComPtr<IDispatch> MakeOutlookApplication(OutlookFolder folder, OutlookSelection selection);
+
+// The mails and attachments that are held, by anybody, at this moment, and the most that were at once. A mailbox on a
+// server does not give out more than some 250.
+// One of these lives with each.
+class OpenItems {
+public:
+    OpenItems();
+    OpenItems(const OpenItems&) = delete;
+    OpenItems& operator=(const OpenItems&) = delete;
+    ~OpenItems();
+
+    static long Now();
+    static long Most();  // since Restart
+    static void Restart();
+};

@@ -85,6 +85,16 @@ void WaitForCompanion() {
 
 // --- Actions ---
 
+// The further lines of a text stand under its first one, behind what is printed before that.
+std::wstring Indented(const std::wstring& text, size_t width) {
+    std::wstring indented;
+    for (const wchar_t c : text) {
+        indented += c;
+        if (c == L'\n') indented.append(width, L' ');
+    }
+    return indented;
+}
+
 // Does what the command line says, with the mouse or, where the ribbon is not drawn, by calling the add-in at once.
 class User {
 public:
@@ -138,7 +148,8 @@ private:
         const DialogRobot robot(options_.saveAnswer);
         Expect(Press(button), id);
         for (const SeenDialog& dialog : robot.Seen()) {
-            PrintLine((dialog.isSaveDialog ? L"save dialog proposed: " : L"message: ") + dialog.text);
+            const std::wstring what = dialog.isSaveDialog ? L"save dialog proposed: " : L"message: ";
+            PrintLine(what + Indented(dialog.text, what.size()));
         }
     }
 

@@ -261,6 +261,35 @@ class CreateFromOutlook(OutlookTest):
         self.assert_attached(portfolio, expected)
         self.assertEqual(self.files_in("Create"), ["Portfolio.pdf"])
 
+    def test_FilesOfTheUsersAreNotTouchedAndHinderNothing(self):
+        mails = self.prepare(*self.sample_paths(4))
+        mine = {f"{read_mail(mails[0])['Subject']}.doc": b"my document",
+                **{name: b"mine: " + name.encode() for name, _ in attachments_of(mails[0])}, "temp": b"my temp"}
+        create = os.path.join(self.written, "Create")
+        os.makedirs(create)
+        for name, content in mine.items():
+            pathlib.Path(create, name).write_bytes(content)
+        for button, starts in (("Button_ID_CreateByMail", 1), ("Button_ID_CreatePortfolioByMail", 3)):
+            self.click(button)
+            opened = self.linux_path(self.starts(starts)[-1][0])
+            embedded = dict(pdf_attachments(opened))
+            for name, content in attachments_of(mails[0]):
+                self.assertEqual(embedded[name], content)
+            for name, content in mine.items():
+                self.assertEqual(pathlib.Path(create, name).read_bytes(), content)
+        self.assertEqual(self.files_in("Create"), sorted([*mine, "Portfolio.pdf"]))
+        self.assertEqual(glob.glob(os.path.join(create, "temp*")), [os.path.join(create, "temp")])
+
+    def test_MailsThatAreLeftOutAreToldOnceInTheEnd(self):
+        self.prepare(*self.sample_paths(3), *HOSTILE.glob("0[1-4]-*.eml"))
+        out = self.click("Button_ID_CreateByMail")
+        self.assertEqual(len(self.starts(1)[0]), 1)
+        self.assertIn("message: 4 emails were left out. Their subjects cannot be used as file names: ", out)
+        self.assertEqual(out.count("message: "), 1)
+        self.assertLess(out.index("clicked: "), out.index("message: "))
+        lines = [line.strip() for line in out[out.index("message: "):].splitlines()]
+        self.assertEqual(lines[1:6], ["", "..\\..\\evil", "a/b", "CON", "x:y"])
+
     def test_WithoutWordAMessageIsShown(self):
         self.prepare(*self.sample_paths(1))
         wine(BIN / "word-server.exe", "/UnregServer")
@@ -291,7 +320,10 @@ class HostileMails(OutlookTest):
         before = self.listing()
         out = self.click(*BUTTONS)
         after = self.listing()
-        self.assertNotIn("message: ", out)
+        messages = [line for line in out.splitlines() if line.startswith("message: ")]
+        self.assertEqual(len(messages), 4)  # of the commands that make PDFs
+        for message in messages:
+            self.assertTrue(message.startswith("message: 8 emails were left out. "), message)
         changed = {path for path in before.keys() | after.keys() if before.get(path, 0) != after.get(path, 0)}
         self.assertEqual([path for path in changed if not (path + "/").startswith(self.written + "/")], [])
 

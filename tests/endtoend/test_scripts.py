@@ -100,12 +100,26 @@ class Scripts(unittest.TestCase):
         self.assertEqual(pdf.name, "Piers 1 to 4.pdf")
         self.assertIn("All four piers stand", pdf_text(pdf))
         self.assertIn(f"           {pdf.relative_to(results)}, {pdf.stat().st_size} bytes\n", out)
+        self.assertIn("message: 1 email was left out. Its subject cannot be used as a file name: ", out)
         self.assertIn('No PDF:    09-reply.eml, "RE: Piers 1 to 4": no file can have its subject as a name, ', out)
         self.assertEqual(len(list(results.glob("Open/*/site-plan.pdf"))), 1)
         companion = (results / "companion.txt").read_text(encoding="utf-8")
         self.assertEqual(companion.count("started as: ["), 2)
         self.assertIn('\\Piers 1 to 4.pdf" ]\n', companion)
         self.assertIn("".join(f"Companion: {line}\n" for line in companion.splitlines()), out)
+
+    def test_DemoFailsWhenNothingCameOfACommand(self):
+        mails = os.path.join(self.folder, "replies")
+        os.mkdir(mails)
+        shutil.copy(next(MAILS.glob("09-*.eml")), mails)
+        code, out, errors = run_script("demo", "--outlook", "replies", "--click", "Button_ID_CreateByMail", "--click",
+                                       "Button_ID_CreatePortfolioByMail", "--out", "results", cwd=self.folder)
+        self.assertEqual(code, 1, out + errors)
+        self.assertIn("message: There are no emails that can be created as PDFs\n"
+                      "message: 1 email was left out. Its subject cannot be used as a file name: ", out)
+        self.assertIn("\n         \n         RE: Piers 1 to 4\n", out)
+        self.assertTrue(errors.endswith("demo: nothing came of Button_ID_CreateByMail Button_ID_CreatePortfolioByMail: "
+                                        "see the messages and reasons above\n"), errors)
 
     def test_DemoKeepsAnOutFileThatIsThereAlready(self):
         target = os.path.join(self.folder, "precious.pdf")

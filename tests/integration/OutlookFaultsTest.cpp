@@ -8,7 +8,6 @@
 #include <regex>
 
 #include "src/base/ControlIds.h"
-#include "src/ui/StringTable.h"
 #include "standins/common/Text.h"
 #include "standins/office/DynamicObject.h"
 #include "tests/integration/OutlookSession.h"
@@ -28,6 +27,7 @@ struct Command {
     // companion twice. Odd, because look-ups and invocations take turns.
     size_t stride;
     long conversions;                // when nothing fails
+    long boxes;                      // one for the mail that is left out
     std::vector<std::wstring> made;  // what is there then, beside the user's own files
 };
 
@@ -36,47 +36,19 @@ const std::vector<Command>& Commands() {
     static const std::vector<std::wstring> pdfs = {L"Offer.pdf", L"Plan.pdf", L"mail.pdf"};
     static const std::vector<std::wstring> portfolio = {L"Offer.pdf", L"Plan.pdf", L"mail.pdf", L"Portfolio(1).pdf"};
     static const std::vector<Command> commands = {
-        {"OpenFromMail", Button_ID_OpenFromMail, 3, 0, attachments},
-        {"OpenFromFolder", Button_ID_OpenFromFolder, 5, 0, attachments},
-        {"CreateByMail", Button_ID_CreateByMail, 5, 3, pdfs},
-        {"CreateByFolder", Button_ID_CreateByFolder, 7, 3, pdfs},
-        {"CreateMergeByFolder", Button_ID_CreateMergeByFolder, 9, 3, pdfs},
-        {"CreatePortfolioByMail", Button_ID_CreatePortfolioByMail, 13, 3, portfolio},
+        {"OpenFromMail", Button_ID_OpenFromMail, 3, 0, 0, attachments},
+        {"OpenFromFolder", Button_ID_OpenFromFolder, 5, 0, 0, attachments},
+        {"CreateByMail", Button_ID_CreateByMail, 5, 3, 1, pdfs},
+        {"CreateByFolder", Button_ID_CreateByFolder, 7, 3, 1, pdfs},
+        {"CreateMergeByFolder", Button_ID_CreateMergeByFolder, 9, 3, 1, pdfs},
+        {"CreatePortfolioByMail", Button_ID_CreatePortfolioByMail, 13, 3, 1, portfolio},
     };
     return commands;
 }
 
 std::ostream& operator<<(std::ostream& out, const Command& command) { return out << command.name; }
 
-// As mixed as real folders are. The first mail finds its files' names taken, the second does not.
-OutlookFolder MixedFolder() {
-    return {
-        L"Inbox",
-        L"id of the folder",
-        {MakeMail(L"Offer", L"id 1", 45000.5, {L"report.pdf", L"notes.txt"}), MakeOtherItem(L"IPM.Contact", L"id 2"),
-         MakeMail(L"Plan", L"id 3", 45000.25, {L"figures.pdf", L"data.txt"}),
-         MakeOtherItem(L"IPM.Schedule.Meeting.Request", L"id 4"), MakeMail(L"", L"id 5", 45000.75, {})}};
-}
-
 constexpr wchar_t newPortfolio[] = L"Create\\Portfolio(1).pdf";
-
-// What the user keeps in the working folders, most of it under names that the first mail's files have.
-const FileTree& UsersFiles() {
-    static const FileTree files = {
-        {L"Create\\", ""},
-        {L"Create\\Offer.doc", "my offer"},
-        {L"Create\\Offer.files\\", ""},
-        {L"Create\\Offer.files\\mine.png", "my picture"},
-        {L"Create\\report.pdf", "my report"},
-        {L"Create\\notes.txt", "my notes"},
-        {L"Create\\Portfolio.pdf", "my portfolio"},
-        {L"Create\\Offer.pdf", "my PDF"},
-        {L"Create\\unrelated.txt", "mine"},
-        {L"Open\\", ""},
-        {L"Open\\unrelated.txt", "mine, too"},
-    };
-    return files;
-}
 
 // What the commands may leave: PDFs of mails, folders of keys, saved PDF attachments. A mail whose key cannot be read
 // has no folder of its own.
@@ -117,9 +89,9 @@ protected:
             companion_->MakePortfolios(Wide(emptyPortfolio).c_str());
         }
         files_.Restore(UsersFiles());
-        GetLocalizedStringTable();
         session_.faults.recording = true;
         Click([] {});  // builds what is built once
+        messageBoxes_.Count();
         session_.faults.recording = false;
         healthyCalls_.swap(session_.faults.calls);
         files_.Restore(UsersFiles());
@@ -169,10 +141,12 @@ protected:
         const HRESULT answer = Click(arm);
         EXPECT_EQ(liveBlocks, blocks) << what;
         EXPECT_EQ(com_.Live(), comBlocks) << what;
-        EXPECT_EQ(answer, S_OK) << what;
+        // The button's identifier is read first; without the memory for it nothing happens.
+        const bool isUnread = allocationFailed_ && session_.faults.Count() == 0 && answer == E_OUTOFMEMORY;
+        EXPECT_TRUE(answer == S_OK || isUnread) << what;
         EXPECT_EQ(LiveObjects::List(), objects) << what;
         boxes_ = messageBoxes_.Count();
-        EXPECT_LE(boxes_, 1) << what;
+        EXPECT_LE(boxes_, 1 + GetParam().boxes) << what;
         EXPECT_LE(session_.word.started - session_.word.quit, brokenQuits_) << what << ": Word was left running";
         EXPECT_EQ(engine_.WrongHandles(), 0) << what;
         EXPECT_EQ(engine_.OpenDocuments(), 0) << what;
@@ -197,7 +171,7 @@ protected:
 
     void CheckHealthy() const {
         EXPECT_EQ(session_.word.started, GetParam().conversions);
-        EXPECT_EQ(boxes_, 0);
+        EXPECT_EQ(boxes_, GetParam().boxes);
         for (const std::wstring& name : GetParam().made) EXPECT_TRUE(IsThere(tree_, name)) << Utf8(name);
     }
 
@@ -266,7 +240,7 @@ protected:
     const OutlookFiles files_;
     const MessageBoxes messageBoxes_;
     EngineRecorder engine_;
-    OutlookSession session_{MixedFolder(), {0, 1, 2, 3, 4}};
+    OutlookSession session_{MixedFolder(), {0, 1, 2, 3, 4, 5}};
     std::optional<CompanionProbe> companion_;
 
     std::vector<CountedCall> healthyCalls_;

@@ -1,5 +1,5 @@
-// A folder of five hundred mails: what was converted once is not converted again, and fifty runs need no more memory
-// than one.
+// Folders of hundreds of mails: what was converted once is not converted again, fifty runs need no more memory than
+// one, and items are let go one by one.
 #include <gtest/gtest.h>
 
 #include <algorithm>
@@ -18,9 +18,9 @@ constexpr size_t mails = 500;
 constexpr int runs = 50;
 
 // Every tenth mail has an attachment.
-OutlookFolder LargeFolder() {
+OutlookFolder LargeFolder(size_t count) {
     OutlookFolder folder = {L"Archive", L"id of the archive", {}};
-    for (size_t i = 0; i < mails; ++i) {
+    for (size_t i = 0; i < count; ++i) {
         const std::wstring number = std::to_wstring(i);
         std::vector<std::wstring> attachments;
         if (i % 10 == 0) attachments.push_back(L"report " + number + L".pdf");
@@ -88,7 +88,7 @@ protected:
 
     const OutlookFiles files_;
     EngineRecorder engine_;
-    OutlookSession session_{LargeFolder(), {}};
+    OutlookSession session_{LargeFolder(mails), {}};
     const AddinObject addin_;
 };
 
@@ -126,4 +126,22 @@ TEST_F(OutlookMass, MemoryStaysAsItIsWhenEverythingIsConvertedEachTime) {
     if (!TakesMinutes()) GTEST_SKIP() << "takes minutes; ZAVO_TEST_ALL is not set";
     CheckMemory(Button_ID_CreateByFolder, [&] { addin_->state.conversionCache.clear(); });
     EXPECT_EQ(session_.word.started, static_cast<long>(mails));
+}
+
+TEST(OutlookItemsOfAFolder, AreLetGoOneByOne) {
+    const OutlookFiles files;
+    EngineRecorder engine;
+    engine.recording = false;
+    constexpr size_t many = 1000;
+    OutlookSession session(LargeFolder(many), {});
+    const AddinObject addin;
+    session.Connect(*addin.Get());
+    OpenItems::Restart();
+    ASSERT_EQ(session.Click(*addin.Get(), Button_ID_CreateByFolder), S_OK);
+    EXPECT_EQ(session.word.started, static_cast<long>(many));
+    EXPECT_LE(OpenItems::Most(), 3);
+    EXPECT_EQ(OpenItems::Now(), 0);
+    ASSERT_EQ(session.Click(*addin.Get(), Button_ID_CreateMergeByFolder), S_OK) << "from the cache";
+    EXPECT_EQ(session.word.started, static_cast<long>(many));
+    EXPECT_LE(OpenItems::Most(), 3);
 }

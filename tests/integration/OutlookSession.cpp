@@ -67,6 +67,35 @@ OutlookItem MakeOtherItem(const std::wstring& messageClass, const std::wstring& 
     return item;
 }
 
+OutlookFolder MixedFolder() {
+    return {
+        L"Inbox",
+        L"id of the folder",
+        {MakeMail(L"Offer", L"id 1", 45000.5, {L"report.pdf", L"notes.txt"}), MakeOtherItem(L"IPM.Contact", L"id 2"),
+         MakeMail(L"Plan", L"id 3", 45000.25, {L"figures.pdf", L"data.txt"}),
+         MakeOtherItem(L"IPM.Schedule.Meeting.Request", L"id 4"), MakeMail(L"", L"id 5", 45000.75, {}),
+         MakeMail(L"RE: Offer", L"id 6", 45000.125, {})}};
+}
+
+const FileTree& UsersFiles() {
+    static const FileTree files = {
+        {L"Create\\", ""},
+        {L"Create\\Offer.doc", "my offer"},
+        {L"Create\\Offer.files\\", ""},
+        {L"Create\\Offer.files\\mine.png", "my picture"},
+        {L"Create\\report.pdf", "my report"},
+        {L"Create\\notes.txt", "my notes"},
+        {L"Create\\Portfolio.pdf", "my portfolio"},
+        {L"Create\\Offer.pdf", "my PDF"},
+        {L"Create\\temp\\", ""},
+        {L"Create\\temp\\mine.txt", "mine as well"},
+        {L"Create\\unrelated.txt", "mine"},
+        {L"Open\\", ""},
+        {L"Open\\unrelated.txt", "mine, too"},
+    };
+    return files;
+}
+
 OutlookFiles::OutlookFiles() : root_(GetDocumentsSubfolder(L"ZAVO Outlook PDFs")) { Restore({}); }
 
 OutlookFiles::~OutlookFiles() {

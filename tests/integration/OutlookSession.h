@@ -34,6 +34,13 @@ OutlookItem MakeOtherItem(const std::wstring& messageClass, const std::wstring& 
 // has no content.
 using FileTree = std::map<std::wstring, std::string>;
 
+// As mixed as real folders are. The first mail finds its files' names taken by UsersFiles, the second does not; the
+// last has a subject that no file can have.
+OutlookFolder MixedFolder();
+
+// What the user keeps in the working folders, most of it under names that the first mail's files have.
+const FileTree& UsersFiles();
+
 class OutlookFiles {
 public:
     OutlookFiles();  // empties the folder

@@ -17,6 +17,7 @@ public:
     LocalWord& operator=(const LocalWord&) = delete;
 
     void Restart() { started = quit = 0; }
+    void Revoke() { class_.Revoke(); }  // no new one can be started
 
     long started = 0;  // since Restart
     long quit = 0;     // how many of them were told to quit

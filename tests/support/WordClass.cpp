@@ -29,9 +29,20 @@ void RegisterClass(const std::wstring& text) {
 
 }  // namespace
 
-WordClass::WordClass(Create create) : create_(std::move(create)), previousClass_(RegisteredClass()) {
+WordProgId::WordProgId() : previousClass_(RegisteredClass()) { RegisterClass(wordClassText); }
+
+WordProgId::~WordProgId() {
+    Remove();
+    if (!previousClass_.empty()) RegisterClass(previousClass_);
+}
+
+void WordProgId::Remove() {
+    RegDeleteTreeW(HKEY_LOCAL_MACHINE, progIdClassKey);
+    RegDeleteKeyW(HKEY_LOCAL_MACHINE, progIdKey);  // unless it has more
+}
+
+WordClass::WordClass(Create create) : create_(std::move(create)) {
     CoInitializeEx(nullptr, COINIT_APARTMENTTHREADED);
-    RegisterClass(wordClassText);
     if (FAILED(CoRegisterClassObject(wordClassId, this, CLSCTX_LOCAL_SERVER, REGCLS_MULTIPLEUSE, &registration_))) {
         throw std::runtime_error("Word's class cannot be registered");
     }
@@ -39,14 +50,7 @@ WordClass::WordClass(Create create) : create_(std::move(create)), previousClass_
 
 WordClass::~WordClass() {
     Revoke();
-    RemoveProgId();
-    if (!previousClass_.empty()) RegisterClass(previousClass_);
     CoUninitialize();
-}
-
-void WordClass::RemoveProgId() {
-    RegDeleteTreeW(HKEY_LOCAL_MACHINE, progIdClassKey);
-    RegDeleteKeyW(HKEY_LOCAL_MACHINE, progIdKey);  // unless it has more
 }
 
 void WordClass::Revoke() {

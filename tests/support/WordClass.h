@@ -8,19 +8,33 @@
 #include <functional>
 #include <string>
 
+// Word's ProgID in the registry, from construction to destruction; another Word's registration comes back then.
+class WordProgId {
+public:
+    WordProgId();
+    WordProgId(const WordProgId&) = delete;
+    WordProgId& operator=(const WordProgId&) = delete;
+    ~WordProgId();
+
+    void Remove();
+
+private:
+    const std::wstring previousClass_;
+};
+
 class WordClass final : public IClassFactory {
 public:
     using Create = std::function<HRESULT(REFIID riid, void** ppv)>;
 
     // COM is initialised for the thread, and the class registered with it and in the registry, from construction to
-    // destruction; another Word's registration comes back then.
+    // destruction.
     explicit WordClass(Create create);
     WordClass(const WordClass&) = delete;
     WordClass& operator=(const WordClass&) = delete;
     ~WordClass();
 
-    void RemoveProgId();  // as where no Word is installed
-    void Revoke();        // as where it does not start
+    void RemoveProgId() { progId_.Remove(); }  // as where no Word is installed
+    void Revoke();                             // as where it does not start
 
     HRESULT STDMETHODCALLTYPE QueryInterface(REFIID riid, void** ppv) override;
     ULONG STDMETHODCALLTYPE AddRef() override { return 2; }
@@ -30,6 +44,6 @@ public:
 
 private:
     Create create_;
-    std::wstring previousClass_;
+    WordProgId progId_;
     DWORD registration_ = 0;
 };

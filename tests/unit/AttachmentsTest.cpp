@@ -8,7 +8,6 @@
 #include "standins/common/Text.h"
 #include "tests/support/Files.h"
 #include "tests/support/ScriptedOutlook.h"
-#include "tests/support/Sharing.h"
 
 namespace {
 
@@ -241,53 +240,23 @@ TEST_F(MailAttachments, MissingFolderGivesNone) {
     EXPECT_EQ(folder_.List(), Listing{});
 }
 
-TEST_F(MailAttachments, WorkFilesAreDeletedAndTheUsersOwnComeBack) {
+TEST_F(MailAttachments, EachIsSavedWhereItsNameIsToldToGo) {
     mail_.Attach(L"a.txt", "A");
-    mail_.Attach(L"a.txt", "B");
+    mail_.Attach(L"..\\evil.txt", "B");
     mail_.Attach(L"b.txt", "C");
-    folder_.MakeFile(L"a.txt", "mine");
-    const Listing before = folder_.List();
-    {
-        WorkFiles files;
-        EXPECT_EQ(SaveMailAttachments(&mail_.object, folder_.Path(), false, &files),
-                  (Paths{Path(L"a.txt"), Path(L"a.txt"), Path(L"b.txt")}));
-        EXPECT_EQ(folder_.List(), (Listing{{L"a.txt", "B"}, {L"a(1).txt", "mine"}, {L"b.txt", "C"}}));
-    }
-    EXPECT_EQ(folder_.List(), before);
+    mail_.Attach(L"c.txt", "D");
+    Paths asked;
+    const PathForName pathForName = [&](const std::wstring& name) {
+        asked.push_back(name);
+        return name == L"b.txt" ? std::wstring() : Path(L"my " + name);
+    };
+    EXPECT_EQ(SaveMailAttachments(&mail_.object, pathForName), (Paths{Path(L"my a.txt"), Path(L"my c.txt")}));
+    EXPECT_EQ(asked, (Paths{L"a.txt", L"b.txt", L"c.txt"}));
+    EXPECT_EQ(folder_.List(), (Listing{{L"my a.txt", "A"}, {L"my c.txt", "D"}}));
 }
 
-TEST_F(MailAttachments, UsersFileIsNotTakenForAnAttachmentThatWasNotWritten) {
-    mail_.Attach(L"a.txt", "A").Fail(L"SaveAsFile", E_FAIL);
-    folder_.MakeFile(L"a.txt", "mine");
-    const Listing before = folder_.List();
-    {
-        WorkFiles files;
-        EXPECT_EQ(SaveMailAttachments(&mail_.object, folder_.Path(), false, &files), Paths{});
-    }
-    EXPECT_EQ(folder_.List(), before);
-}
-
-TEST_F(MailAttachments, UsersFileThatCannotMakeRoomIsNotSavedOver) {
-    mail_.Attach(L"a.txt", "A");
-    mail_.Attach(L"b.txt", "B");
-    folder_.MakeFile(L"a.txt", "mine");
-    const Listing before = folder_.List();
-    {
-        const HeldFile held(Path(L"a.txt"), GENERIC_READ, FILE_SHARE_READ | FILE_SHARE_WRITE);
-        WorkFiles files;
-        EXPECT_EQ(SaveMailAttachments(&mail_.object, folder_.Path(), false, &files), Paths{Path(L"b.txt")});
-    }
-    EXPECT_EQ(folder_.List(), before);
-}
-
-TEST_F(MailAttachments, ExceptionLeavesThatOneOutAndNothingBehind) {
+TEST_F(MailAttachments, ExceptionLeavesThatOneOut) {
     mail_.Attach(L"a.txt", "A").On(L"SaveAsFile", [](VARIANT*) -> HRESULT { throw std::bad_alloc(); });
     mail_.Attach(L"b.txt", "B");
-    folder_.MakeFile(L"a.txt", "mine");
-    const Listing before = folder_.List();
-    {
-        WorkFiles files;
-        EXPECT_EQ(SaveMailAttachments(&mail_.object, folder_.Path(), false, &files), Paths{Path(L"b.txt")});
-    }
-    EXPECT_EQ(folder_.List(), before);
+    EXPECT_EQ(SaveMailAttachments(&mail_.object, folder_.Path(), false), Paths{Path(L"b.txt")});
 }

@@ -196,6 +196,7 @@ TEST_F(CreateOfThree, MailThatFailsIsLeftOut) {
     outlook_.Mail(1).object.GiveText(L"Subject", L"RE: Nine");
     outlook_.Mail(3).object.Fail(L"SaveAs", E_FAIL);
     const std::wstring parameters = L" " + Quoted(eight_);
+    const DialogRobot robot({});  // for the message about the first one
     EXPECT_TRUE(FromSelection());
     EXPECT_EQ(companion_.WaitForStarts(1), (Paths{parameters}));
     EXPECT_TRUE(FromFolder(false));

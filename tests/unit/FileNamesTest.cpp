@@ -124,24 +124,6 @@ TEST_F(OutlookFolders, OutputPathIsAFreePdfOfTheSourcesBaseName) {
     EXPECT_TRUE(fs::is_directory(TempPath(probe)));
 }
 
-TEST_F(OutlookFolders, FolderIsMadeWithAllThatIsMissingAboveIt) {
-    const TemporaryFolder folder;
-    MakeFolder(folder.Path(L"a\\b\\c"));
-    EXPECT_TRUE(fs::is_directory(folder.Path(L"a\\b\\c")));
-    MakeFolder(folder.Path(L"a\\b\\c"));
-    EXPECT_TRUE(Exists(folder.Path(L"a\\b\\c")));
-}
-
-TEST_F(OutlookFolders, FolderThatCannotBeMadeIsNoMatter) {
-    const TemporaryFolder folder;
-    folder.MakeFile(L"file", "mine");
-    MakeFolder(folder.Path(L"file\\inner"));
-    MakeFolder(folder.Path(L"file"));
-    EXPECT_EQ(ReadFileText(folder.Path(L"file")), "mine");
-    EXPECT_FALSE(Exists(folder.Path(L"file\\inner")));
-    EXPECT_TRUE(Exists(folder.Path(L"file")));
-}
-
 TEST(OutlookFileNames, SaveAsTypeHasItsExtension) {
     const struct {
         long type;

@@ -6,6 +6,7 @@
 #include <algorithm>
 #include <filesystem>
 #include <new>
+#include <optional>
 
 #include "standins/common/Text.h"
 #include "tests/support/OutlookCommandTest.h"
@@ -17,7 +18,11 @@ namespace fs = std::filesystem;
 
 class MailConversion : public OutlookCommandTest {
 protected:
-    std::vector<MailRecord> Convert() { return ConvertMailsToPdf(state_, &outlook_.items.object, folder_.Path()); }
+    std::vector<MailRecord> Convert() { return Convert(folder_.Path()); }
+    std::vector<MailRecord> Convert(const std::wstring& workingFolder) {
+        MailCommand command(state_, workingFolder);
+        return ConvertMailsToPdf(state_, &outlook_.items.object, command);
+    }
     Paths ConvertedPaths() {
         Paths paths;
         for (const MailRecord& record : Convert()) paths.push_back(record.pdfPath);
@@ -25,105 +30,7 @@ protected:
     }
 };
 
-class SavedMail : public MailConversion {
-protected:
-    ScriptedMail& mail_ = outlook_.AddMail(L"Hello");
-};
-
 }  // namespace
-
-TEST_F(SavedMail, IsSavedUnderItsSubjectWithTheTypesExtension) {
-    EXPECT_EQ(SaveMailAs(&mail_.object, folder_.Path(), 4), Path(L"Hello.doc"));
-    EXPECT_EQ(calls_,
-              (Calls{L"mail1.MessageClass", L"mail1.Subject", L"mail1.SaveAs(" + Path(L"Hello.doc") + L", 4)"}));
-    const Invocation& save = mail_.object.invocations.back();
-    EXPECT_EQ(save.flags, DISPATCH_METHOD);
-    EXPECT_EQ(save.wire, (std::vector{WireNumber(4), WireText(Path(L"Hello.doc"))}));
-    EXPECT_TRUE(save.named.empty());
-    EXPECT_EQ(SaveMailAs(&mail_.object, folder_.Path(), 3), Path(L"Hello.msg"));
-    EXPECT_EQ(mail_.object.invocations.back().wire.front(), WireNumber(3));
-    EXPECT_EQ(SaveMailAs(&mail_.object, folder_.Path(), 10), Path(L"Hello.mhtml"));
-}
-
-TEST_F(SavedMail, IsCalledMailWithoutASubject) {
-    mail_.object.GiveText(L"Subject", L"");
-    EXPECT_EQ(SaveMailAs(&mail_.object, folder_.Path(), 4), Path(L"mail.doc"));
-}
-
-TEST_F(SavedMail, IsNoneOfAnotherItemOrWithoutAReadableSubject) {
-    mail_.object.GiveText(L"MessageClass", L"IPM.Appointment");
-    EXPECT_EQ(SaveMailAs(&mail_.object, folder_.Path(), 4), L"");
-    mail_.object.GiveText(L"MessageClass", L"IPM.Note");
-    mail_.object.GiveType(L"Subject", VT_BSTR);
-    EXPECT_EQ(SaveMailAs(&mail_.object, folder_.Path(), 4), L"");
-    mail_.object.Fail(L"Subject", E_FAIL);
-    EXPECT_EQ(SaveMailAs(&mail_.object, folder_.Path(), 4), L"");
-    EXPECT_EQ(SaveMailAs(nullptr, folder_.Path(), 4), L"");
-    EXPECT_EQ(folder_.List(), Listing{});
-}
-
-TEST_F(SavedMail, IsThereOrNotWhateverTheSaveAnswers) {
-    mail_.object.On(L"SaveAs", [&](VARIANT*) {
-        WriteFileText(ScriptedMail::SavedPath(mail_.object), "document");
-        return DISP_E_EXCEPTION;
-    });
-    EXPECT_EQ(SaveMailAs(&mail_.object, folder_.Path(), 4), Path(L"Hello.doc"));
-    fs::remove(Path(L"Hello.doc"));
-    mail_.object.GiveNothing(L"SaveAs");
-    EXPECT_EQ(SaveMailAs(&mail_.object, folder_.Path(), 4), L"");
-}
-
-TEST_F(SavedMail, HasNoFileUnderANameThatNoFileCanHave) {
-    for (const std::wstring& subject :
-         {std::wstring(L"..\\..\\evil"), std::wstring(L"a/b"), std::wstring(L"x:y"), std::wstring(L"RE: x"),
-          std::wstring(L"CON"), std::wstring(L"nul"), std::wstring(L"LPT1 "), std::wstring(L"COM\x00B2"),
-          std::wstring(L"a\tb"), std::wstring(L"a\nb"), std::wstring(L"why?"), std::wstring(L"*"), std::wstring(L"<x>"),
-          std::wstring(L"\"x\""), std::wstring(L"a|b"), std::wstring(L"a\0b", 3), std::wstring(300, L'x')}) {
-        mail_.object.GiveText(L"Subject", subject);
-        EXPECT_EQ(SaveMailAs(&mail_.object, folder_.Path(), 4), L"") << Utf8(subject);
-        EXPECT_EQ(MailPdfPath(&mail_.object, folder_.Path(), key1, false), L"") << Utf8(subject);
-    }
-    for (const std::wstring& call : calls_) EXPECT_TRUE(call.find(L"SaveAs") == std::wstring::npos) << Utf8(call);
-    EXPECT_EQ(folder_.List(), Listing{}) << "nor a folder for it";
-}
-
-TEST_F(SavedMail, KeepsAnOddButPlainSubjectAsItStands) {
-    for (const std::wstring subject : {L".", L"..", L" ", L"a ", L"a.",
-                                       L"\x202E"
-                                       L"fdp",
-                                       L"\xD83D\xDE00", L"\x65E5", L"Portfolio", L"%TEMP%", L"a;b", L"CONSOLE"}) {
-        mail_.object.GiveText(L"Subject", subject);
-        EXPECT_EQ(SaveMailAs(&mail_.object, folder_.Path(), 4), Path(subject + L".doc")) << Utf8(subject);
-        EXPECT_EQ(MailPdfPath(&mail_.object, folder_.Path(), key1, false), Path(key1 + L"\\" + subject + L".pdf"));
-    }
-}
-
-TEST_F(SavedMail, HasAPathOfAtMostTwoHundredFiftyNineCharacters) {
-    const std::wstring longest(259 - folder_.Path().size() - 1 - 4, L'n');
-    mail_.object.GiveText(L"Subject", longest);
-    EXPECT_EQ(SaveMailAs(&mail_.object, folder_.Path(), 4), Path(longest + L".doc"));
-    EXPECT_EQ(Path(longest + L".doc").size(), 259U);
-    // The PDF's path has the key's folder besides.
-    EXPECT_EQ(MailPdfPath(&mail_.object, folder_.Path(), key1, false), L"");
-    EXPECT_FALSE(fs::exists(Path(key1)));
-    mail_.object.GiveText(L"Subject", longest + L"n");
-    EXPECT_EQ(SaveMailAs(&mail_.object, folder_.Path(), 4), L"");
-    const std::wstring longestPdf = longest.substr(key1.size() + 1);
-    mail_.object.GiveText(L"Subject", longestPdf);
-    EXPECT_EQ(MailPdfPath(&mail_.object, folder_.Path(), key1, false), Path(key1 + L"\\" + longestPdf + L".pdf"));
-    // A number makes it too long.
-    EXPECT_TRUE(WriteFileText(Path(key1 + L"\\" + longestPdf + L".pdf"), "PDF"));
-    EXPECT_EQ(MailPdfPath(&mail_.object, folder_.Path(), key1, true), L"");
-}
-
-TEST_F(SavedMail, HasItsPdfInTheFolderOfItsKey) {
-    EXPECT_EQ(MailPdfPath(&mail_.object, folder_.Path(), key1, false), Path(key1 + L"\\Hello.pdf"));
-    EXPECT_EQ(calls_, Calls{L"mail1.Subject"});
-    EXPECT_TRUE(fs::is_directory(Path(key1)));
-    EXPECT_TRUE(WriteFileText(Path(key1 + L"\\Hello.pdf"), "PDF"));
-    EXPECT_EQ(MailPdfPath(&mail_.object, folder_.Path(), key1, false), Path(key1 + L"\\Hello.pdf"));
-    EXPECT_EQ(MailPdfPath(&mail_.object, folder_.Path(), key1, true), Path(key1 + L"\\Hello(1).pdf"));
-}
 
 TEST_F(MailConversion, GoesThroughItsStepsInOrder) {
     outlook_.AddMail(L"Hello").Attach(L"a.txt", "A");
@@ -188,17 +95,17 @@ TEST_F(MailConversion, MailWithoutAttachmentsIsNotOpenedAgain) {
     EXPECT_EQ(engine_.CallCount(), 0);
 }
 
-TEST_F(MailConversion, RecordHoldsItemKeyPathAndReceivedTime) {
+TEST_F(MailConversion, RecordHoldsKeyPathAndReceivedTimeButNoItem) {
     outlook_.AddMail(L"One").ReceivedAt(2024, 5, 6, 7, 8, 9);
     outlook_.AddMail(L"Two");
     const std::vector<MailRecord> records = Convert();
     ASSERT_EQ(records.size(), 2U);
-    EXPECT_EQ(records[0].item.Get(), &outlook_.Mail(1).object);
+    EXPECT_EQ(records[0].item, nullptr);
     EXPECT_EQ(records[0].key, key1);
     EXPECT_EQ(records[0].pdfPath, Path(key1 + L"\\One.pdf"));
     EXPECT_EQ(records[0].received.wMonth, 5);
     EXPECT_EQ(records[0].received.wSecond, 9);
-    EXPECT_EQ(records[1].item.Get(), &outlook_.Mail(2).object);
+    EXPECT_EQ(records[1].item, nullptr);
     EXPECT_EQ(records[1].key, key2);
 }
 
@@ -314,7 +221,7 @@ TEST_F(MailConversion, UsersFilesOfTheseNamesAreNotLost) {
     EXPECT_EQ(Embedded(), (Paths{Path(key1 + L"\\Hello.pdf"), L"a.txt: B", L"A.TXT: B"}));
 }
 
-TEST_F(MailConversion, UsersFilesComeBackAlsoWhenAStepFails) {
+TEST_F(MailConversion, UsersFilesStayAlsoWhenAStepFails) {
     folder_.MakeFile(L"Hello.doc", "my document");
     const Listing mine = folder_.List();
     ScriptedMail& mail = outlook_.AddMail(L"Hello");
@@ -327,15 +234,58 @@ TEST_F(MailConversion, UsersFilesComeBackAlsoWhenAStepFails) {
     EXPECT_EQ(folder_.List(), mine);
 }
 
-TEST_F(MailConversion, MailWhoseDocumentFindsNoRoomIsLeftOut) {
+TEST_F(MailConversion, UsersFileThatIsOpenIsNotTouchedAndTheMailIsConverted) {
     folder_.MakeFile(L"Hello.doc", "my document");
-    const Listing mine = folder_.List();
     const HeldFile held(Path(L"Hello.doc"), GENERIC_READ, FILE_SHARE_READ | FILE_SHARE_WRITE);
     outlook_.AddMail(L"Hello");
-    outlook_.AddMail(L"Other");
-    EXPECT_EQ(ConvertedPaths(), Paths{Path(key2 + L"\\Other.pdf")});
+    EXPECT_EQ(ConvertedPaths(), Paths{Path(key1 + L"\\Hello.pdf")});
     EXPECT_EQ(ReadFileText(Path(L"Hello.doc")), "my document");
-    EXPECT_FALSE(HasCall(L"mail1.SaveAs(" + Path(L"Hello.doc") + L", 4)"));
+    EXPECT_TRUE(HasCall(L"mail1.SaveAs(" + Path(L"temp\\Hello.doc") + L", 4)"));
+    EXPECT_FALSE(fs::exists(Path(L"temp")));
+}
+
+TEST_F(MailConversion, LeftoversOfARunThatWasEndedHinderNothingAndAreNotTouched) {
+    fs::create_directories(Path(L"temp\\Hello.files"));
+    fs::create_directories(Path(L"Hello.files"));
+    folder_.MakeFile(L"temp\\Hello.files\\1.png", "left");
+    folder_.MakeFile(L"temp\\Hello.doc", "left");
+    folder_.MakeFile(L"Hello.files\\1.png", "left");
+    folder_.MakeFile(L"Hello.doc", "left");
+    folder_.MakeFile(L"a.txt", "left");
+    Listing expected = folder_.List();
+    outlook_.AddMail(L"Hello").Attach(L"a.txt", "A");
+    EXPECT_EQ(ConvertedPaths(), Paths{Path(key1 + L"\\Hello.pdf")});
+    EXPECT_TRUE(HasCall(L"mail1.SaveAs(" + Path(L"temp(1)\\Hello.doc") + L", 4)"));
+    EXPECT_EQ(Embedded(), (Paths{Path(key1 + L"\\Hello.pdf"), L"a.txt: A"}));
+    expected[key1] = "folder";
+    expected[key1 + L"\\Hello.pdf"] = "PDF of document of mail1";
+    EXPECT_EQ(folder_.List(), expected);
+}
+
+TEST_F(MailConversion, WhatIsStillOpenInTheEndIsTriedAgainOnceAfterTheLastMail) {
+    ScriptedDispatch& attachment = outlook_.AddMail(L"One").Attach(L"a.txt", "A");
+    ScriptedMail& other = outlook_.AddMail(L"Two");
+    std::optional<HeldFile> held, heldOnAndOn;
+    attachment.On(L"SaveAsFile", [&](VARIANT*) {
+        WriteFileText(ScriptedMail::SavedPath(attachment), "A");
+        held.emplace(Path(L"a.txt"), GENERIC_READ, FILE_SHARE_READ | FILE_SHARE_WRITE);
+        heldOnAndOn.emplace(Path(L"One.doc"), GENERIC_READ, FILE_SHARE_READ | FILE_SHARE_WRITE);
+        return S_OK;
+    });
+    bool wasThere = false;
+    other.object.On(L"SaveAs", [&](VARIANT*) {
+        wasThere = fs::exists(Path(L"a.txt"));
+        held.reset();
+        return WriteFileText(ScriptedMail::SavedPath(other.object), "document") ? S_OK : E_FAIL;
+    });
+    EXPECT_EQ(ConvertedPaths().size(), 2U);
+    EXPECT_TRUE(wasThere);
+    EXPECT_FALSE(fs::exists(Path(L"a.txt")));
+    EXPECT_TRUE(fs::exists(Path(L"One.doc")));
+    heldOnAndOn.reset();
+    state_.conversionCache.clear();
+    EXPECT_EQ(ConvertedPaths().size(), 2U) << "a leftover hinders nothing";
+    EXPECT_TRUE(fs::exists(Path(L"One.doc"))) << "nor is it cared for";
 }
 
 TEST_F(MailConversion, FailedExportLeavesTheMailOutAndNothingBehind) {
@@ -426,7 +376,7 @@ TEST_F(MailConversion, LongSubjectThatHasRoomForItsDocumentButNotForItsPdfIsLeft
 
 TEST_F(MailConversion, MissingWorkingFolderLeavesAllMailsOut) {
     outlook_.AddMail(L"Hello");
-    EXPECT_TRUE(ConvertMailsToPdf(state_, &outlook_.items.object, Path(L"missing")).empty());
+    EXPECT_TRUE(Convert(Path(L"missing")).empty());
     EXPECT_EQ(folder_.List(), Listing{});
     EXPECT_TRUE(word_.asked.empty());
 }
@@ -441,7 +391,7 @@ TEST_F(MailConversion, SecondRunTakesThePdfFromTheCache) {
     EXPECT_EQ(calls_, (Calls{L"items.Count", L"items.Item(1)", L"mail1.EntryID", L"mail1.ReceivedTime"}));
     EXPECT_EQ(engine_.CallCount(), 0);
     ASSERT_EQ(second.size(), 1U);
-    EXPECT_EQ(second[0].item.Get(), &outlook_.Mail(1).object);
+    EXPECT_EQ(second[0].item, nullptr);
     EXPECT_EQ(second[0].key, key1);
     EXPECT_EQ(second[0].pdfPath, first.at(0));
     EXPECT_EQ(second[0].received.wYear, 2024);
@@ -523,12 +473,12 @@ TEST_F(MailConversion, MailsWithoutADistinctKeyAreNeverCachedAndKeepTheirOwnPdfs
     EXPECT_EQ(ReadFileText(Path(L"Hello(1).pdf")), "PDF of document of mail4");
 }
 
-TEST_F(MailConversion, AttachmentThatIsNamedLikeThePdfBesideItTakesItsPlaceForThatTimeOnly) {
+TEST_F(MailConversion, AttachmentThatIsNamedLikeThePdfBesideItIsSavedElsewhere) {
     // Without a key the PDF is where the attachments are saved.
     outlook_.AddMail(L"Hello").Attach(L"Hello.pdf", "attached PDF");
     outlook_.Mail(1).Attach(L"Hello(1).pdf", "another");
     outlook_.Mail(1).object.Fail(L"EntryID", E_FAIL);
     EXPECT_EQ(ConvertedPaths(), Paths{Path(L"Hello.pdf")});
-    EXPECT_EQ(Embedded(), (Paths{Path(L"Hello(1)(1).pdf"), L"Hello.pdf: attached PDF", L"Hello(1).pdf: another"}));
+    EXPECT_EQ(Embedded(), (Paths{Path(L"Hello.pdf"), L"Hello.pdf: attached PDF", L"Hello(1).pdf: another"}));
     EXPECT_EQ(folder_.List(), (Listing{{L"Hello.pdf", "PDF of document of mail1"}}));
 }

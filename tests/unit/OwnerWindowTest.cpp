@@ -4,33 +4,8 @@
 #include <gtest/gtest.h>
 
 #include "tests/support/AddinObject.h"
+#include "tests/support/ForegroundWindow.h"
 #include "tests/support/ScriptedDispatch.h"
-
-namespace {
-
-// A window of a given class in the foreground.
-class ForegroundWindow {
-public:
-    explicit ForegroundWindow(const wchar_t* className) {
-        WNDCLASSW windowClass = {};
-        windowClass.lpfnWndProc = DefWindowProcW;
-        windowClass.lpszClassName = className;
-        RegisterClassW(&windowClass);
-        window_ = CreateWindowW(className, L"", WS_OVERLAPPEDWINDOW | WS_VISIBLE, 0, 0, 100, 100, nullptr, nullptr,
-                                nullptr, nullptr);
-        SetForegroundWindow(window_);
-    }
-    ForegroundWindow(const ForegroundWindow&) = delete;
-    ForegroundWindow& operator=(const ForegroundWindow&) = delete;
-    ~ForegroundWindow() { DestroyWindow(window_); }
-
-    HWND Get() const { return window_; }
-
-private:
-    HWND window_;
-};
-
-}  // namespace
 
 TEST(OwnerWindow, NoApplicationHasNone) {
     for (const Host host : {HostWord, HostExcel, HostPowerPoint, HostOutlook, HostUnknown}) {

@@ -3,6 +3,8 @@
 
 #include <gtest/gtest.h>
 
+#include <filesystem>
+
 #include "tests/support/Files.h"
 
 TEST(Paths, FileNameIsCutBeforeItsLastDotOnly) {
@@ -73,4 +75,30 @@ TEST(Paths, ManyTakenNumbersNeedNoDeepStack) {
     folder.MakeFile(L"r.pdf");
     for (int i = 1; i <= 300; ++i) folder.MakeFile(L"r(" + std::to_wstring(i) + L").pdf");
     EXPECT_EQ(MakeUniquePath(0, folder.Path(L"r.pdf")), folder.Path(L"r(301).pdf"));
+}
+
+TEST(Paths, FolderIsMadeWithAllThatIsMissingAboveIt) {
+    const TemporaryFolder folder;
+    MakeFolder(folder.Path(L"a\\b\\c"));
+    EXPECT_TRUE(std::filesystem::is_directory(folder.Path(L"a\\b\\c")));
+    MakeFolder(folder.Path(L"a\\b\\c"));
+    EXPECT_TRUE(Exists(folder.Path(L"a\\b\\c")));
+}
+
+TEST(Paths, FolderThatCannotBeMadeIsNoMatter) {
+    const TemporaryFolder folder;
+    folder.MakeFile(L"file", "mine");
+    MakeFolder(folder.Path(L"file\\inner"));
+    MakeFolder(folder.Path(L"file"));
+    EXPECT_EQ(ReadFileText(folder.Path(L"file")), "mine");
+    EXPECT_FALSE(Exists(folder.Path(L"file\\inner")));
+    EXPECT_TRUE(Exists(folder.Path(L"file")));
+}
+
+TEST(Paths, TextIsShortenedToWholeCharacters) {
+    EXPECT_EQ(Shortened(L"abc", 3), L"abc");
+    EXPECT_EQ(Shortened(L"abcd", 3), L"abc");
+    EXPECT_EQ(Shortened(L"ab\xD83D\xDE00", 3), L"ab");
+    EXPECT_EQ(Shortened(L"ab\xD83D\xDE00", 4), L"ab\xD83D\xDE00");
+    EXPECT_EQ(Shortened(L"\xD83D\xDE00", 0), L"");
 }

@@ -1,0 +1,37 @@
+// Files that are needed for a while only, in a folder that is the user's.
+#pragma once
+
+#include <windows.h>
+
+#include <string>
+#include <vector>
+
+// Deletes at its end what it was told of; what is not there is no matter. A file is told of before it is written.
+class ScratchFiles {
+public:
+    ScratchFiles() = default;
+    ScratchFiles(const ScratchFiles&) = delete;
+    ScratchFiles& operator=(const ScratchFiles&) = delete;
+    ~ScratchFiles() { Delete(); }
+
+    void AddFile(const std::wstring& path) { paths_.push_back({path, false}); }
+    void AddFolder(const std::wstring& path) { paths_.push_back({path, true}); }  // with what will be in it
+    void ForgetLast() { paths_.pop_back(); }
+    bool HasFile(const std::wstring& path) const;  // whatever its capitals
+
+    // Deletes what can be deleted, the last one first. What something still has open stays, and is kept for next time.
+    void Delete() noexcept;
+    // Takes over what the other one still keeps.
+    void Take(ScratchFiles& other);
+
+private:
+    struct Scratch {
+        std::wstring path;
+        bool isFolder;
+    };
+    std::vector<Scratch> paths_;
+};
+
+// Whether a reparse point leads elsewhere, as a junction does. The placeholder of a file in a cloud folder is one, too,
+// but the file itself. `tag` is that of a search's result.
+bool IsLink(DWORD attributes, DWORD tag);
