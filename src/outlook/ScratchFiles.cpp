@@ -81,6 +81,7 @@ void ScratchFiles::Delete() noexcept {
 }
 
 void ScratchFiles::Take(ScratchFiles& other) {
+    if (paths_.empty()) return paths_.swap(other.paths_);  // needs no memory
     paths_.insert(paths_.end(), std::make_move_iterator(other.paths_.begin()),
                   std::make_move_iterator(other.paths_.end()));
     other.paths_.clear();
