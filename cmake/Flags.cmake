@@ -28,11 +28,10 @@ else()
     target_link_libraries(zavo_flags INTERFACE Threads::Threads)
 endif()
 
-# A library that we ship: at a base of its own, which the linker would derive from the name of its folder; with sections
-# that begin on a page in the file, too, so that they are mapped and not copied when it is loaded; and with our own
-# form of the stack protector's start, because the compiler's own asks the system for much.
+# A library that we ship: at a base of its own, which the linker would derive from the name of its folder, and with our
+# own form of the stack protector, because the start of the compiler's own asks the system for much.
 function(zavo_shipped_library target base)
-    target_link_options(${target} PRIVATE -Wl,--image-base=${base},--file-alignment=4096)
+    target_link_options(${target} PRIVATE -Wl,--image-base=${base})
     target_sources(${target} PRIVATE ${PROJECT_SOURCE_DIR}/runtime/StackProtector.cpp)
     target_link_libraries(${target} PRIVATE advapi32)
 endfunction()
