@@ -20,9 +20,10 @@ if(WIN32)
         UNICODE _UNICODE STRICT NOMINMAX
         WINVER=0x0A00 _WIN32_WINNT=0x0A00)
     # Everything is linked statically: what we ship imports Windows' own DLLs and the engine, nothing of the
-    # compiler's. No time stamp: the linker takes it from the clock.
+    # compiler's. No automatic imports: for those the start-up code writes to places that the linker noted, instead of
+    # the loader. No time stamp: the linker takes it from the clock.
     target_link_options(zavo_flags INTERFACE
-        -static -Wl,--dynamicbase,--high-entropy-va,--nxcompat,--no-insert-timestamp)
+        -static -Wl,--dynamicbase,--high-entropy-va,--nxcompat,--disable-auto-import,--no-insert-timestamp)
 else()
     find_package(Threads REQUIRED)
     target_link_libraries(zavo_flags INTERFACE Threads::Threads)
