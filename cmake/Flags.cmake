@@ -29,12 +29,18 @@ else()
     target_link_libraries(zavo_flags INTERFACE Threads::Threads)
 endif()
 
-# A library that we ship: at a base of its own, which the linker would derive from the name of its folder, and with our
-# own form of the stack protector, because the start of the compiler's own asks the system for much.
+# Has a program or library use our own form of the stack protector, which asks the system for less than the compiler's.
+function(zavo_own_stack_protector target)
+    set(source ${PROJECT_SOURCE_DIR}/runtime/StackProtector.cpp)
+    target_sources(${target} PRIVATE ${source})
+    set_source_files_properties(${source} PROPERTIES COMPILE_OPTIONS -fno-stack-protector)
+    target_link_libraries(${target} PRIVATE advapi32)
+endfunction()
+
+# A library that we ship: at a base of its own, which the linker would derive from the name of its folder.
 function(zavo_shipped_library target base)
     target_link_options(${target} PRIVATE -Wl,--image-base=${base})
-    target_sources(${target} PRIVATE ${PROJECT_SOURCE_DIR}/runtime/StackProtector.cpp)
-    target_link_libraries(${target} PRIVATE advapi32)
+    zavo_own_stack_protector(${target})
 endfunction()
 
 # Has a static library compiled with debug information in a release build, too.
