@@ -1,40 +1,11 @@
-// An add-in that does nothing: what load_cost sets beside ours. It answers what a host asks and no more. Built once
-// with ZAVO_THREADS 0 and once with 2: that one starts as many threads as ours when the ribbon has been loaded, bare
-// ones.
+// An add-in that does nothing: what load_cost sets beside ours. It answers what a host asks and no more.
 #include <windows.h>
 #include <objbase.h>
-
-#include <array>
 
 #include "src/addin/OfficeInterfaces.h"
 #include "standins/common/Counted.h"
 
 namespace {
-
-// Threads that do nothing until their end.
-class Threads {
-public:
-    void Start() {
-        if (threads_.empty()) return;
-        stop_ = CreateEventW(nullptr, TRUE, FALSE, nullptr);
-        for (HANDLE& thread : threads_) thread = CreateThread(nullptr, 0, Wait, stop_, 0, nullptr);
-    }
-    void End() {
-        if (!stop_) return;
-        SetEvent(stop_);
-        for (const HANDLE thread : threads_) {
-            WaitForSingleObject(thread, INFINITE);
-            CloseHandle(thread);
-        }
-        CloseHandle(stop_);
-    }
-
-private:
-    static DWORD WINAPI Wait(void* stop) { return WaitForSingleObject(stop, INFINITE); }
-
-    std::array<HANDLE, ZAVO_THREADS> threads_ = {};
-    HANDLE stop_ = nullptr;
-};
 
 class EmptyAddin final : public Counted<_IDTExtensibility2, IRibbonExtensibility> {
 public:
@@ -57,16 +28,12 @@ public:
         return S_OK;
     }
     HRESULT STDMETHODCALLTYPE Invoke(DISPID, REFIID, LCID, WORD, DISPPARAMS*, VARIANT*, EXCEPINFO*, UINT*) override {
-        threads_.Start();
         return S_OK;
     }
     HRESULT STDMETHODCALLTYPE OnConnection(IDispatch*, ext_ConnectMode, IDispatch*, SAFEARRAY**) override {
         return S_OK;
     }
-    HRESULT STDMETHODCALLTYPE OnDisconnection(ext_DisconnectMode, SAFEARRAY**) override {
-        threads_.End();
-        return S_OK;
-    }
+    HRESULT STDMETHODCALLTYPE OnDisconnection(ext_DisconnectMode, SAFEARRAY**) override { return S_OK; }
     HRESULT STDMETHODCALLTYPE OnAddInsUpdate(SAFEARRAY**) override { return S_OK; }
     HRESULT STDMETHODCALLTYPE OnStartupComplete(SAFEARRAY**) override { return S_OK; }
     HRESULT STDMETHODCALLTYPE OnBeginShutdown(SAFEARRAY**) override { return S_OK; }
@@ -74,9 +41,6 @@ public:
         *markup = SysAllocString(L"<customUI/>");
         return S_OK;
     }
-
-private:
-    Threads threads_;
 };
 
 class EmptyFactory final : public Counted<IClassFactory> {

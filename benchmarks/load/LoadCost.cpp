@@ -1,20 +1,19 @@
 // What the add-in costs the start of its host: each step from LoadLibrary to the ribbon-loaded callback, beside an
-// empty add-in of the same tool chain in the same run, with and without the engine. A second empty add-in starts as
-// many threads as ours does: what of the cost is the system's alone.
+// empty add-in of the same tool chain in the same run, with and without the engine. A second empty add-in has our
+// icons, which are more than half of our file: what of the cost is that of its size.
 //
 //   load_cost              measures
-//   load_cost --cold DLL   takes the steps once and prints the microseconds of each; --warm DLL many times
+//   load_cost --times DLL  takes the steps once and prints the microseconds of each
 //   load_cost --steps DLL  takes the steps once and says on standard error before each that it comes
 //
-// Cold is a process of its own for each round. Warm is within one process: loading, class factory and object with the
-// library unloaded after each round; the rest, which pins the library, with a new object each round after that.
+// Each round is a process of its own, which has the libraries of Windows loaded that every Office program has.
+// Libraries that are named after DLL are loaded before the steps, too.
 #include <windows.h>
 #include <objbase.h>
 
 #include <algorithm>
 #include <array>
 #include <cmath>
-#include <cstdint>
 #include <cstdio>
 #include <cstring>
 #include <cwchar>
@@ -37,16 +36,16 @@ using Microsoft::WRL::ComPtr;
 
 namespace {
 
-constexpr int coldRounds = 60;
-constexpr int warmProcesses = 5;
-constexpr int warmRounds = 30;  // in each of them
-constexpr double mostBesideEmpty = 2.0;
-constexpr double mostMilliseconds = 20.0;
+constexpr size_t roundsEach = 100;
+constexpr double mostBesideEmpty = 1.25;
+constexpr double mostMilliseconds = 10.0;
+
+constexpr const wchar_t* librariesOfAHost[] = {L"ole32",    L"oleaut32", L"shell32", L"shlwapi",
+                                               L"comdlg32", L"comctl32", L"version", L"winspool.drv"};
 
 constexpr const char* stepNames[] = {"LoadLibrary", "class factory", "object",
                                      "connection",  "ribbon markup", "ribbon loaded"};
 constexpr size_t steps = std::size(stepNames);
-constexpr size_t stepsBeforeConnection = 3;
 using Round = std::array<double, steps>;  // microseconds
 
 [[noreturn]] void Fail(const char* what) {
@@ -59,7 +58,7 @@ void Check(HRESULT result, const char* what) {
 }
 
 void Load(const wchar_t* library) {
-    if (!LoadLibraryExW(library, nullptr, LOAD_WITH_ALTERED_SEARCH_PATH)) Fail("loading a library");
+    if (!LoadLibraryW(library)) Fail("loading a library");
 }
 
 double Microseconds() {
@@ -143,11 +142,6 @@ public:
         addin_->OnDisconnection(ext_dm_UserClosed, nullptr);
         addin_.Reset();
     }
-    void Unload() {
-        addin_.Reset();
-        FreeLibrary(module_);
-        if (GetModuleHandleW(path_.c_str())) Fail("unloading");
-    }
 
 private:
     template <typename T>
@@ -172,12 +166,7 @@ double MicrosecondsOf(Host& host, size_t step) {
     return Microseconds() - start;
 }
 
-void Print(const Round& round) {
-    for (const double microseconds : round) printf("%.1f ", microseconds);
-    printf("\n");
-}
-
-void TakeStepsOnce(const std::wstring& path, bool announced) {
+void TakeSteps(const std::wstring& path, bool announced) {
     Host host(path);
     Round round = {};
     for (size_t step = 0; step < steps; ++step) {
@@ -186,35 +175,12 @@ void TakeStepsOnce(const std::wstring& path, bool announced) {
     }
     if (announced) fprintf(stderr, "load_cost: disconnection\n");
     host.Disconnect();
-    if (!announced) Print(round);
+    if (announced) return;
+    for (const double microseconds : round) printf("%.1f ", microseconds);
 }
 
-void TakeStepsOften(const std::wstring& path) {
-    // Windows' own libraries stay, as they do in Office.
-    for (const wchar_t* library : {L"advapi32", L"comdlg32", L"oleaut32", L"shell32", L"shlwapi", L"user32"}) {
-        Load(library);
-    }
-    std::vector<Round> rounds(warmRounds + 1);  // the first warms up
-    for (Round& round : rounds) {
-        Host host(path);
-        for (size_t step = 0; step < stepsBeforeConnection; ++step) round[step] = MicrosecondsOf(host, step);
-        host.Unload();
-    }
-    Host pinning(path);
-    pinning.Load();
-    for (Round& round : rounds) {
-        Host host(path);
-        host.Load();
-        host.GetFactory();
-        host.Create();
-        for (size_t step = stepsBeforeConnection; step < steps; ++step) round[step] = MicrosecondsOf(host, step);
-        host.Disconnect();
-    }
-    std::for_each(rounds.begin() + 1, rounds.end(), Print);
-}
-
-// What this program prints when it is run with that option on those libraries, as a process of its own.
-std::vector<Round> RoundsOfAnotherProcess(const wchar_t* option, const std::vector<std::wstring>& libraries) {
+// The steps in a process of its own: of the first library, with the others loaded before.
+Round RoundOfAnotherProcess(const std::vector<std::wstring>& libraries) {
     SECURITY_ATTRIBUTES inherited = {sizeof inherited, nullptr, TRUE};
     HANDLE readEnd = nullptr;
     HANDLE writeEnd = nullptr;
@@ -229,7 +195,7 @@ std::vector<Round> RoundsOfAnotherProcess(const wchar_t* option, const std::vect
     startup.hStdError = GetStdHandle(STD_ERROR_HANDLE);
     wchar_t self[MAX_PATH];
     GetModuleFileNameW(nullptr, self, MAX_PATH);
-    std::wstring command = std::wstring(L"\"") + self + L"\" " + option;
+    std::wstring command = std::wstring(L"\"") + self + L"\" --times";
     for (const std::wstring& library : libraries) command += L" \"" + library + L"\"";
     PROCESS_INFORMATION info = {};
     const BOOL started =
@@ -248,13 +214,11 @@ std::vector<Round> RoundsOfAnotherProcess(const wchar_t* option, const std::vect
     GetExitCodeProcess(process.Get(), &code);
     if (code != 0) Fail("a round");
 
-    std::istringstream lines(text);
-    std::vector<Round> rounds;
-    for (Round round = {}; lines >> round[0];) {
-        for (size_t step = 1; step < steps; ++step) lines >> round[step];
-        rounds.push_back(round);
-    }
-    return rounds;
+    std::istringstream numbers(text);
+    Round round = {};
+    for (double& microseconds : round) numbers >> microseconds;
+    if (!numbers) Fail("reading a round");
+    return round;
 }
 
 double Quantile(std::vector<double> values, double share) {
@@ -278,8 +242,8 @@ struct Column {
     double Median(size_t step = steps) const { return Quantile(Milliseconds(step), 0.5); }
 };
 
-void PrintTable(const char* title, const std::vector<Column>& columns) {
-    printf("%s; milliseconds, median (quartiles)\n  %-16s", title, "");
+void PrintTable(const std::vector<Column>& columns) {
+    printf("start of a host, %zu rounds; milliseconds, median (quartiles)\n  %-16s", roundsEach, "");
     for (const Column& column : columns) printf(" %28s", column.name);
     printf("\n");
     for (size_t step = 0; step <= steps; ++step) {
@@ -293,7 +257,7 @@ void PrintTable(const char* title, const std::vector<Column>& columns) {
 }
 
 void PrintGoal(const char* goal, double figure, double most, const char* unit) {
-    printf("  %s: %s: %.2f%s, at most %.0f%s\n", figure <= most ? "met" : "missed", goal, figure, unit, most, unit);
+    printf("  %s: %s: %.2f%s, at most %g%s\n", figure <= most ? "met" : "missed", goal, figure, unit, most, unit);
 }
 
 // The file's size, and that of its sections in it.
@@ -324,46 +288,29 @@ void Measure() {
     const std::wstring product = bin / L"zavoofficeaddin.dll";
     const std::wstring engine = bin / L"ZavoKit.dll";
     const std::wstring empty = folder / L"empty_addin.dll";
-    enum { Empty, EmptyWithThreads, WithoutEngine, WithEngine };
-    const std::vector<Column> columns = {{"empty add-in", {empty}},
-                                         {"empty, two threads", {folder / L"threads_addin.dll"}},
-                                         {"ours, engine there", {product, engine}},
-                                         {"ours with the engine", {product}}};
-
-    std::vector<Column> cold = columns;
-    for (int round = 0; round < coldRounds; ++round) {
-        for (Column& column : cold) {
-            const auto rounds = RoundsOfAnotherProcess(L"--cold", column.libraries);
-            column.rounds.insert(column.rounds.end(), rounds.begin(), rounds.end());
-        }
-    }
-    std::vector<Column> warm = columns;
-    for (int round = 0; round < warmProcesses; ++round) {
-        for (Column& column : warm) {
-            const auto rounds = RoundsOfAnotherProcess(L"--warm", column.libraries);
-            column.rounds.insert(column.rounds.end(), rounds.begin(), rounds.end());
-        }
+    enum { Empty, EmptyWithIcons, WithoutEngine, WithEngine };
+    std::vector<Column> columns = {{"empty add-in", {empty}},
+                                   {"empty, our icons", {folder / L"empty_with_icons.dll"}},
+                                   {"ours, engine there", {product, engine}},
+                                   {"ours with the engine", {product}}};
+    for (size_t round = 0; round < roundsEach; ++round) {
+        for (Column& column : columns) column.rounds.push_back(RoundOfAnotherProcess(column.libraries));
     }
 
-    printf("start of a host, from LoadLibrary to the ribbon-loaded callback\n");
-    PrintTable("cold, a fresh process each round", cold);
-    PrintTable("warm, loaded before in the same process", warm);
-    const auto share = [](const std::vector<Column>& part, size_t of, size_t without) {
-        return part[of].Median() - part[without].Median();
+    PrintTable(columns);
+    // Round by round, because the machine's pace changes in the course of a minute.
+    const auto besideLoading = [&](size_t other) {
+        std::vector<double> ratios;
+        for (size_t round = 0; round < roundsEach; ++round) {
+            ratios.push_back(columns[WithoutEngine].rounds[round][0] / columns[other].rounds[round][0]);
+        }
+        return Quantile(ratios, 0.5);
     };
-    printf("  the engine's share: cold %.2f ms, warm %.2f ms\n", share(cold, WithEngine, WithoutEngine),
-           share(warm, WithEngine, WithoutEngine));
-    printf("  the share of starting two threads: cold %.2f ms, warm %.2f ms\n", share(cold, EmptyWithThreads, Empty),
-           share(warm, EmptyWithThreads, Empty));
-    const auto ratio = [](const std::vector<Column>& part, size_t beside, size_t step) {
-        return part[WithoutEngine].Median(step) / part[beside].Median(step);
-    };
-    printf("  LoadLibrary alone beside the empty add-in's: cold %.2fx, warm %.2fx\n", ratio(cold, Empty, 0),
-           ratio(warm, Empty, 0));
-    printf("  all steps beside the empty add-in with two threads: cold %.2fx, warm %.2fx\n",
-           ratio(cold, EmptyWithThreads, steps), ratio(warm, EmptyWithThreads, steps));
-    PrintGoal("cold, without the engine beside the empty add-in", ratio(cold, Empty, steps), mostBesideEmpty, "x");
-    PrintGoal("cold, with the engine", cold[WithEngine].Median(), mostMilliseconds, " ms");
+    printf("  the engine's share: %.2f ms\n", columns[WithEngine].Median() - columns[WithoutEngine].Median());
+    printf("  LoadLibrary without the engine beside that of the empty add-in with our icons: %.2fx\n",
+           besideLoading(EmptyWithIcons));
+    PrintGoal("LoadLibrary without the engine beside the empty add-in's", besideLoading(Empty), mostBesideEmpty, "x");
+    PrintGoal("all steps with the engine", columns[WithEngine].Median(), mostMilliseconds, " ms");
     printf("size, and sections in the file\n");
     PrintSize(empty);
     PrintSize(product);
@@ -377,14 +324,10 @@ int wmain(int count, wchar_t** arguments) {
         Measure();
         return 0;
     }
-    const std::wstring_view option = arguments[1];
     if (count < 3) Fail("reading the arguments");
     CoInitializeEx(nullptr, COINIT_APARTMENTTHREADED);  // as a host has done
+    for (const wchar_t* library : librariesOfAHost) Load(library);
     std::for_each(arguments + 3, arguments + count, Load);
-    if (option == L"--warm") {
-        TakeStepsOften(arguments[2]);
-    } else {
-        TakeStepsOnce(arguments[2], option == L"--steps");
-    }
+    TakeSteps(arguments[2], std::wstring_view(arguments[1]) == L"--steps");
     return 0;
 }
