@@ -78,21 +78,49 @@ class CheckBinaries(unittest.TestCase):
                 (loader, 0, 0x100, "data not executable (NX)"),
                 (("FILE_HEADER", "Characteristics"), 1, 0, "relocations"),
                 (("FILE_HEADER", "TimeDateStamp"), 0x5F5E0FF, 0, "time stamp"),
-                (("section", "Characteristics"), 0x80000000, 0, "sections writable and executable")):
-            with self.subTest(finding):
+                (("section", "Characteristics"), 0x80000000, 0, "sections writable and executable"),
+                (("section", "Misc_VirtualSize"), 0, 0x200000, "sections contiguous in memory"),
+                (("OPTIONAL_HEADER", "SizeOfImage"), 0x1000000, 0, "sections contiguous in memory")):
+            with self.subTest(place=place):
                 shutil.copy(BIN / ENGINE, self.folder)
                 self.change(ENGINE, *place, added, removed)
                 self.assertEqual(self.findings(1)[0], [finding])
 
+    def link(self, name, code, *libraries):
+        """Makes a library in the test's folder, as the linker makes them when nobody says more."""
+        source = self.folder / "source.cpp"
+        source.write_text(code, encoding="ascii")
+        subprocess.run(["x86_64-w64-mingw32-g++-posix", "-shared", "-static", "-s", source, *libraries, "-o",
+                        self.folder / name], check=True, capture_output=True)
+
     def test_NamesWhatAnotherLibraryLacks(self):
-        source = self.folder / "other.cpp"
-        source.write_text("#include <winsock2.h>\nextern \"C\" __declspec(dllexport) int Other() "
-                          "{ return WSACleanup(); }\n", encoding="ascii")
-        subprocess.run(["x86_64-w64-mingw32-g++-posix", "-shared", "-static", "-s", source, "-lws2_32", "-o",
-                        self.folder / ENGINE], check=True)
+        self.link(ENGINE, "#include <winsock2.h>\nextern \"C\" __declspec(dllexport) int Other() "
+                          "{ return WSACleanup(); }\n", "-lws2_32")
         findings, out = self.findings(1)
-        self.assertLessEqual({"stack protector", "imports", "exports", "time stamp"}, set(findings))
+        self.assertEqual(set(findings), {"stack protector", "imports", "exports", "time stamp"})
         self.assertIn("unexpected: ws2_32.dll", out)
+
+    def test_NamesALibraryThatTheStartUpCodePatches(self):
+        self.link("first.dll", "__declspec(dllexport) int variable = 1;\n")
+        self.link(ENGINE, "extern int variable;\n__declspec(dllexport) int Other() { return variable; }\n",
+                  self.folder / "first.dll")
+        self.assertIn("pseudo-relocations", self.findings(1)[0])
+
+    def test_CountsTheAddressesThatTheLoaderWouldNotCorrect(self):
+        for name in (ADDIN, ENGINE):
+            with self.subTest(name):
+                data = bytearray((BIN / name).read_bytes())
+                library = pefile.PE(data=bytes(data))
+                (texts,) = (section for section in library.sections if section.Name.startswith(b".rdata"))
+                of_texts = [entry for block in library.DIRECTORY_ENTRY_BASERELOC for entry in block.entries
+                            if entry.type and texts.contains_rva(entry.rva)]
+                for entry in (of_texts[0], of_texts[-1]):
+                    data[entry.struct.get_file_offset() + 1] &= 0x0F  # its kind becomes that of mere padding
+                (self.folder / name).write_bytes(data)
+                findings, out = self.findings(1)
+                self.assertEqual(findings, ["addresses in the data"])
+                self.assertRegex(out, rf"2 of \d+ without relocation, the first at {of_texts[0].rva:#x}")
+                shutil.copy(BIN / name, self.folder)
 
     def test_TwoLibrariesNeedTwoBases(self):
         shutil.copy(BIN / ADDIN, self.folder / ENGINE)
