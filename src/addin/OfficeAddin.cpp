@@ -115,20 +115,22 @@ HRESULT ZOfficeAddin::OnConnection(IDispatch* application, ext_ConnectMode, IDis
 
 HRESULT ZOfficeAddin::OnDisconnection(ext_DisconnectMode, SAFEARRAY**) {
     return Barrier([&]() -> HRESULT {
-        StopWatchers();
-        ribbon.Release();
-        state.application.Reset();
+        const ComPtr<_IDTExtensibility2> self(this);  // the host may let go of the object meanwhile
+        Disconnect();
         return S_OK;
     });
 }
 
-void ZOfficeAddin::StopWatchers() {
+void ZOfficeAddin::Disconnect() {
+    // The host may call while a watcher ends: the ribbon stays until all have, those that come in then among them.
+    if (std::exchange(disconnecting_, true)) return;
     while (!watchers.empty()) {
-        // Off the list first: what the host calls while a watcher ends finds none there, or adds one for the next
-        // round.
         auto stopping = std::exchange(watchers, {});
         for (auto& watcher : stopping) watcher.reset();
     }
+    ribbon.Release();
+    state.application.Reset();
+    disconnecting_ = false;
 }
 
 HRESULT ZOfficeAddin::OnAddInsUpdate(SAFEARRAY**) { return S_OK; }
@@ -141,7 +143,7 @@ void ZOfficeAddin::Destroy() {
     // What is released in the destructor may call back and take and drop a reference: that must not delete again.
     constexpr ULONG dying = 1UL << 30;
     references_ = dying;
-    StopWatchers();  // they call the ribbon
+    Disconnect();
     delete this;
 }
 

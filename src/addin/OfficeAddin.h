@@ -46,9 +46,11 @@ public:
 private:
     ~ZOfficeAddin() = default;
 
-    void StopWatchers();  // in the order in which they were started
+    // Stops the watchers, in the order in which they were started, and then lets go of ribbon and application.
+    void Disconnect();
 
     ULONG references_ = 1;
+    bool disconnecting_ = false;
 
 public:
     AddinState state;

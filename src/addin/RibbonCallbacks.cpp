@@ -43,22 +43,6 @@ const Option* FindOption(std::wstring_view controlId) {
     return found == std::end(options) ? nullptr : found;
 }
 
-// Sets a flag for the length of a scope. False when it was set already.
-class RunningScope {
-public:
-    explicit RunningScope(bool& running) : running_(running), entered_(!std::exchange(running, true)) {}
-    RunningScope(const RunningScope&) = delete;
-    RunningScope& operator=(const RunningScope&) = delete;
-    ~RunningScope() {
-        if (entered_) running_ = false;
-    }
-    explicit operator bool() const { return entered_; }
-
-private:
-    bool& running_;
-    bool entered_;
-};
-
 // A change of either theme makes the ribbon ask for its pictures again, and each request reads the themes afresh. Where
 // Office stores no theme its key is empty, and the values at the root itself are watched.
 void WatchThemes(ZOfficeAddin& addin) {
@@ -96,13 +80,14 @@ HRESULT OnButtonClick(ZOfficeAddin& addin, const DISPPARAMS* params, VARIANT*) {
     if (!params || params->cArgs == 0) return E_INVALIDARG;
     const std::wstring controlId = GetControlId(params->rgvarg[0]);
     if (controlId.empty()) return DISP_E_TYPEMISMATCH;
+    // A command pumps messages in its dialogs and in calls to another process; a second click can come in there.
+    if (std::exchange(addin.commandRunning, true)) return S_OK;
     // A command reports its own failures, so whatever it throws the click itself went well.
     Barrier([&]() -> HRESULT {
-        // A command pumps messages in its dialogs and in calls to another process; a second click can come in there.
-        const RunningScope running(addin.commandRunning);
-        if (running) RunCommand(addin.state, controlId);
+        RunCommand(addin.state, controlId);
         return S_OK;
     });
+    addin.commandRunning = false;
     return S_OK;
 }
 
@@ -130,14 +115,13 @@ HRESULT OnCheckBoxChanged(ZOfficeAddin& addin, const DISPPARAMS* params, VARIANT
     return S_OK;
 }
 
-HRESULT LoadImageOf(ZOfficeAddin& addin, const DISPPARAMS* params, VARIANT* result) {
-    return OnLoadImage(addin.state, params, result);
-}
-
 constexpr RibbonCallback callbacks[] = {
     {OnRibbonLoadedName, 1001, OnRibbonLoaded},
     {OnButtonClickName, 1002, OnButtonClick},
-    {OnLoadImageName, 1003, LoadImageOf},
+    {OnLoadImageName, 1003,
+     [](ZOfficeAddin& addin, const DISPPARAMS* params, VARIANT* result) {
+         return OnLoadImage(addin.state, params, result);
+     }},
     {GetCheckBoxStateName, 1004, GetCheckBoxState},
     {OnCheckBoxChangedName, 1005, OnCheckBoxChanged},
 };

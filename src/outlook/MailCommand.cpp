@@ -11,8 +11,8 @@ MailCommand::MailCommand(const AddinState& state, std::wstring folder)
 
 void MailCommand::ForEachMail(IDispatch* items, LONG count, const ItemAction& action) {
     ForEachItem(owner_, items, count, action);
-    ScratchFiles lastTry;
-    lastTry.Take(later);
+    later.Delete();
+    later.Forget();  // what is open even now stays
 }
 
 bool MailCommand::Finish(const std::vector<std::wstring>& files) {

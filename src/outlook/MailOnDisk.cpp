@@ -4,7 +4,6 @@
 #include <stdexcept>
 
 #include "src/automation/AutomationCalls.h"
-#include "src/base/Barrier.h"
 #include "src/base/Paths.h"
 #include "src/outlook/FileNames.h"
 #include "src/outlook/OutlookItems.h"
@@ -28,13 +27,7 @@ void AddDocument(ScratchFiles& scratch, const std::wstring& path) {
 
 MailOnDisk::MailOnDisk(IDispatch* item, MailCommand& command) : item_(item), command_(command) {}
 
-MailOnDisk::~MailOnDisk() {
-    scratch_.Delete();
-    Barrier([this]() -> HRESULT {
-        command_.later.Take(scratch_);
-        return S_OK;
-    });
-}
+MailOnDisk::~MailOnDisk() { scratch_.DeleteOrLeaveTo(command_.later); }
 
 std::wstring MailOnDisk::MakePdf(const std::wstring& key, bool unique) {
     const std::wstring document = SaveMailAs(
@@ -79,11 +72,7 @@ bool MailOnDisk::IsTaken(const std::wstring& path) const { return Exists(path) &
 const std::wstring& MailOnDisk::OwnFolder() {
     if (ownFolder_.empty()) {
         std::wstring path = MakeUniquePath(0, command_.workingFolder + L"\\" + ownFolderName);
-        scratch_.AddFolder(path);
-        if (!CreateDirectoryW(path.c_str(), nullptr)) {
-            scratch_.ForgetLast();  // it may be somebody else's
-            throw std::runtime_error("no folder for a mail's files");
-        }
+        if (!scratch_.MakeFolder(path)) throw std::runtime_error("no folder for a mail's files");
         ownFolder_.swap(path);
     }
     return ownFolder_;

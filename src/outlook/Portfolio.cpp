@@ -45,23 +45,28 @@ private:
 // A copy of the portfolio for the time that something is embedded into it.
 class SafetyCopy {
 public:
-    SafetyCopy(const std::wstring& portfolio, const std::wstring& path)
-        : portfolio_(portfolio), path_(path), made_(CopyFileW(portfolio.c_str(), path.c_str(), FALSE)) {}
+    SafetyCopy(MailCommand& command, const std::wstring& portfolio, const std::wstring& path)
+        : command_(command), portfolio_(portfolio), path_(path) {
+        scratch_.AddFile(path);
+        made_ = CopyFileW(portfolio.c_str(), path.c_str(), FALSE);
+    }
     SafetyCopy(const SafetyCopy&) = delete;
     SafetyCopy& operator=(const SafetyCopy&) = delete;
-    ~SafetyCopy() {
-        if (!isNeeded_) DeleteFileW(path_.c_str());
-    }
+    ~SafetyCopy() { scratch_.DeleteOrLeaveTo(command_.later); }
 
     explicit operator bool() const { return made_; }
     // At once, because a copy could end in the middle. A copy that could not be put back stays.
-    void PutBack() { isNeeded_ = !MoveFileExW(path_.c_str(), portfolio_.c_str(), MOVEFILE_REPLACE_EXISTING); }
+    void PutBack() {
+        MoveFileExW(path_.c_str(), portfolio_.c_str(), MOVEFILE_REPLACE_EXISTING);
+        scratch_.Forget();
+    }
 
 private:
+    MailCommand& command_;
     const std::wstring& portfolio_;
     const std::wstring& path_;
-    const bool made_;
-    bool isNeeded_ = false;
+    ScratchFiles scratch_;
+    bool made_ = false;
 };
 
 // A free path, as the file that is there already may be the user's. One language's word has characters that file names
@@ -74,8 +79,7 @@ std::wstring SafetyCopyPath(const std::wstring& folder, const std::wstring& key)
 }
 
 // Embeds the mail's PDF and its attachments.
-bool Embed(MailOnDisk& mail, const std::wstring& pdf, const std::wstring& copyPath, const std::wstring& portfolio) {
-    SafetyCopy safety(portfolio, copyPath);
+bool Embed(MailOnDisk& mail, const std::wstring& pdf, SafetyCopy& safety, const std::wstring& portfolio) {
     if (!safety) return false;
     std::vector<std::wstring> attachments = mail.SaveAttachments();
     bool embedded = false;
@@ -96,7 +100,9 @@ void AddMail(IDispatch* item, MailCommand& command, NewPortfolio& portfolio) {
     const std::wstring pdf = mail.MakePdf(key, true);
     if (pdf.empty() || !Exists(pdf)) return;
     const std::wstring copyPath = SafetyCopyPath(command.workingFolder, key);
-    if (!copyPath.empty() && Embed(mail, pdf, copyPath, portfolio.Path())) portfolio.SetHasMails();
+    if (copyPath.empty()) return;
+    SafetyCopy safety(command, portfolio.Path(), copyPath);
+    if (Embed(mail, pdf, safety, portfolio.Path())) portfolio.SetHasMails();
 }
 
 }  // namespace

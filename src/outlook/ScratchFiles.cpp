@@ -1,8 +1,10 @@
-// Deleting files, and folders with what is in them. Nothing here allocates: it has to work when memory is short.
+// Deleting files, and folders with what is in them. That allocates nothing: it has to work when memory is short.
 #include "src/outlook/ScratchFiles.h"
 
 #include <algorithm>
-#include <iterator>
+#include <utility>
+
+#include "src/base/Barrier.h"
 
 namespace {
 
@@ -53,19 +55,35 @@ void DeleteFound(wchar_t (&path)[MAX_PATH], size_t length, const WIN32_FIND_DATA
     RemoveDirectoryW(path);
 }
 
-// Whether nothing of that kind is there any more.
-bool DeletePath(const std::wstring& path, bool isFolder) noexcept {
-    const DWORD attributes = GetFileAttributesW(path.c_str());  // which, unlike a search, knows no wild cards
-    if (attributes == INVALID_FILE_ATTRIBUTES || path.size() >= MAX_PATH) return true;
-    const FileSearch search(path.c_str());
-    if (!search || IsFolder(search.Found()) != isFolder) return true;
+}  // namespace
+
+// Whether nothing of that kind is there any more, or what is there is somebody else's.
+bool ScratchFiles::DeleteOne(Scratch& scratch) noexcept {
+    const std::wstring& path = scratch.path;
+    // Unlike a search, these know no wild cards.
+    if (path.size() >= MAX_PATH || GetFileAttributesW(path.c_str()) == INVALID_FILE_ATTRIBUTES) return true;
+    const FileSearch before(path.c_str());
+    if (!before || IsFolder(before.Found()) != scratch.isFolder) return true;
+    const bool isKept = scratch.kept.dwHighDateTime != 0;
+    if (isKept && CompareFileTime(&scratch.kept, &before.Found().ftLastWriteTime) != 0) {
+        if (scratch.isFolder) RemoveDirectoryW(path.c_str());  // unless something is in it
+        return true;
+    }
     wchar_t buffer[MAX_PATH];
     wcscpy(buffer, path.c_str());
-    DeleteFound(buffer, path.size(), search.Found());
-    return GetFileAttributesW(path.c_str()) == INVALID_FILE_ATTRIBUTES;
+    DeleteFound(buffer, path.size(), before.Found());
+    const FileSearch after(path.c_str());
+    if (after) scratch.kept = after.Found().ftLastWriteTime;
+    return !after;
 }
 
-}  // namespace
+bool ScratchFiles::MakeFolder(const std::wstring& path) {
+    Scratch scratch = {path, true};
+    paths_.reserve(paths_.size() + 1);  // so that nothing fails once the folder is there
+    if (!CreateDirectoryW(path.c_str(), nullptr)) return false;
+    paths_.push_back(std::move(scratch));
+    return true;
+}
 
 bool ScratchFiles::HasFile(const std::wstring& path) const {
     return std::any_of(paths_.begin(), paths_.end(), [&](const Scratch& scratch) {
@@ -76,15 +94,18 @@ bool ScratchFiles::HasFile(const std::wstring& path) const {
 
 void ScratchFiles::Delete() noexcept {
     for (size_t i = paths_.size(); i-- > 0;) {
-        if (DeletePath(paths_[i].path, paths_[i].isFolder)) paths_.erase(paths_.begin() + static_cast<ptrdiff_t>(i));
+        if (DeleteOne(paths_[i])) paths_.erase(paths_.begin() + static_cast<ptrdiff_t>(i));
     }
 }
 
-void ScratchFiles::Take(ScratchFiles& other) {
-    if (paths_.empty()) return paths_.swap(other.paths_);  // needs no memory
-    paths_.insert(paths_.end(), std::make_move_iterator(other.paths_.begin()),
-                  std::make_move_iterator(other.paths_.end()));
-    other.paths_.clear();
+void ScratchFiles::DeleteOrLeaveTo(ScratchFiles& other) noexcept {
+    Delete();
+    if (other.paths_.empty()) return paths_.swap(other.paths_);  // needs no memory
+    Barrier([&]() -> HRESULT {
+        other.paths_.insert(other.paths_.end(), paths_.begin(), paths_.end());
+        return S_OK;
+    });
+    Forget();
 }
 
 bool IsLink(DWORD attributes, DWORD tag) {

@@ -224,7 +224,7 @@ TEST(Leaks, TableOfTextsIsBuiltAgainAfterAFailedAllocation) {
 TEST(Leaks, MarkupWithoutMemoryForItsTextIsOutOfMemory) {
     ComAllocations com;
     auto* addin = new ZOfficeAddin;
-    BSTR markup = nullptr;
+    BSTR markup = reinterpret_cast<BSTR>(ULONG_PTR{0xdeadbeef});
     com.failing = true;
     EXPECT_EQ(addin->GetCustomUI(nullptr, &markup), E_OUTOFMEMORY);
     com.failing = false;

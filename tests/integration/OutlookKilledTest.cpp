@@ -1,6 +1,7 @@
 // Outlook is ended in the middle of a command, at every step of it: what the user has in the folder is as it was.
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <iostream>
 
 #include "src/base/ControlIds.h"
@@ -71,6 +72,12 @@ TEST_P(OutlookKilled, LeavesNothingThatHindersTheNextRun) {
         const auto found = after.find(name);
         ASSERT_TRUE(found != after.end()) << Utf8(name);
         EXPECT_EQ(found->second, content) << Utf8(name);
+    }
+    for (const wchar_t* name : {L"Offer", L"Plan", L"mail"}) {
+        EXPECT_TRUE(std::any_of(after.begin(), after.end(), [&](const auto& entry) {
+            return !UsersFiles().contains(entry.first) && entry.first.find(name) != std::wstring::npos &&
+                   entry.second.starts_with("%PDF of " + Utf8(name) + ".doc");
+        })) << Utf8(name);
     }
 }
 

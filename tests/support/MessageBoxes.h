@@ -11,6 +11,9 @@ public:
     MessageBoxes& operator=(const MessageBoxes&) = delete;
     ~MessageBoxes() { UnhookWindowsHookEx(hook_); }
 
+    // Run while one is shown.
+    static inline void (*onShown)() = nullptr;
+
     // How many there were since it was asked last.
     long Count() const {
         const long count = Shown();
@@ -28,6 +31,7 @@ private:
         if (code == HCBT_ACTIVATE && GetClassNameW(reinterpret_cast<HWND>(window), name, ARRAYSIZE(name)) &&
             lstrcmpW(name, L"#32770") == 0) {
             ++Shown();
+            if (onShown) onShown();
             PostMessageW(reinterpret_cast<HWND>(window), WM_COMMAND, IDOK, 0);
         }
         return CallNextHookEx(nullptr, code, window, details);

@@ -4,6 +4,8 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <filesystem>
+#include <optional>
 #include <set>
 
 #include "src/export/Companion.h"
@@ -12,7 +14,9 @@
 #include "src/ui/LeftOutTexts.h"
 #include "standins/common/Text.h"
 #include "tests/support/ForegroundWindow.h"
+#include "tests/support/MessageBoxes.h"
 #include "tests/support/OutlookCommandTest.h"
+#include "tests/support/Sharing.h"
 #include "tests/support/TestLanguage.h"
 
 namespace {
@@ -145,6 +149,35 @@ TEST_F(CommandsThatLeaveMailsOut, TellOnceInTheEndAfterTheCompanionHasItsFiles) 
         EXPECT_EQ(box.owner, window_.Get());
         EXPECT_EQ(box.text, TextOf({L"RE: x", std::wstring(60, L'x')}));
     }
+}
+
+TEST_F(CommandsThatLeaveMailsOut, TellWhenTheCompanionHasItsFilesAndWhatWasOpenIsLeftAlone) {
+    static const CompanionProbe* companion;
+    static size_t starts, expectedStarts;
+    static std::optional<HeldFile> held;
+    companion = &companion_;
+    const MessageBoxes boxes;
+    MessageBoxes::onShown = [] {
+        starts = companion->WaitForStarts(expectedStarts).size();
+        held.reset();
+    };
+    outlook_.AddMail(L"RE: x");
+    outlook_.AddMail(L"Hello").Attach(L"a.txt", "A").On(L"SaveAsFile", [&](VARIANT*) {
+        WriteFileText(Path(L"a.txt"), "A");
+        held.emplace(Path(L"a.txt"), GENERIC_READ, FILE_SHARE_READ | FILE_SHARE_WRITE);
+        return S_OK;
+    });
+    for (size_t i = 0; i < Commands().size(); ++i) {
+        SCOPED_TRACE(i);
+        state_.conversionCache.clear();
+        expectedStarts += i == 3 ? 2 : 1;  // the portfolio is made by the companion, too
+        EXPECT_TRUE(Commands()[i]());
+        EXPECT_EQ(boxes.Count(), 1);
+        EXPECT_EQ(starts, expectedStarts) << "while the message was there";
+        EXPECT_EQ(ReadFileText(Path(L"a.txt")), "A") << "tried again once, and not when the command ends";
+        std::filesystem::remove(Path(L"a.txt"));
+    }
+    MessageBoxes::onShown = nullptr;
 }
 
 TEST_F(CommandsThatLeaveMailsOut, TellAfterTheMessageThatThereAreNone) {

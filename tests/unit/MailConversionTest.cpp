@@ -310,6 +310,14 @@ TEST_F(MailConversion, FailedExportLeavesTheMailOutAndNothingBehind) {
     EXPECT_EQ(state_.conversionCache, (std::map<std::wstring, std::wstring>{{key2, Path(key2 + L"\\Two.pdf")}}));
 }
 
+TEST_F(MailConversion, ExportThatSucceedsCountsAlsoWhereItWroteNothing) {
+    outlook_.AddMail(L"Hello").Attach(L"a.txt", "A");
+    word_.document.GiveNothing(L"ExportAsFixedFormat");
+    EXPECT_EQ(ConvertedPaths(), Paths{Path(key1 + L"\\Hello.pdf")});
+    EXPECT_EQ(state_.conversionCache.count(key1), 1U);
+    EXPECT_EQ(folder_.List(), (Listing{{key1, "folder"}}));
+}
+
 TEST_F(MailConversion, FailedEmbeddingKeepsThePdfAndDeletesTheAttachments) {
     outlook_.AddMail(L"Hello").Attach(L"a.txt", "A");
     engine_.notPdfs = {Path(key1 + L"\\Hello.pdf")};

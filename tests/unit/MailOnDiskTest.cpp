@@ -318,6 +318,23 @@ TEST_F(SavedMail, WhatIsInUseInTheEndIsLeftToTheCommand) {
     EXPECT_EQ(folder_.List(), (Listing{{L"b.txt", "mine"}}));
 }
 
+TEST_F(SavedMail, PathThatOnlyTheFolderOfItsOwnMakesTooLongIsTooLong) {
+    const std::wstring longest(258 - folder_.Path().size() - 1 - 4, L'n');
+    folder_.MakeFile(longest + L".doc", "mine");
+    folder_.MakeFile(longest + L".txt", "mine");
+    const Listing before = folder_.List();
+    mail_.object.GiveText(L"Subject", longest);
+    mail_.Attach(longest + L".txt", "A");
+    mail_.Attach(L"b.txt", "B");
+    {
+        MailOnDisk mail(&mail_.object, command_);
+        EXPECT_EQ(mail.MakePdf(L"", true), L"") << "without a key the PDF's path would be short enough";
+        EXPECT_EQ(mail.SaveAttachments(), Paths{Path(L"b.txt")});
+    }
+    EXPECT_EQ(folder_.List(), before);
+    EXPECT_TRUE(command_.leftOut.Text().ends_with(L"\n\n" + longest.substr(0, 60)));
+}
+
 TEST_F(SavedMail, SubjectThatCannotBeAFilesNameIsToldToTheCommand) {
     const std::wstring tooLongForThePdf(259 - folder_.Path().size() - 1 - 4, L'n');
     for (const std::wstring& subject :

@@ -268,6 +268,24 @@ TEST_F(MailPortfolio, SafetyCopyThatCannotBePutBackStays) {
     EXPECT_FALSE(fs::exists(Path(SafetyCopy(key1))));
 }
 
+TEST_F(MailPortfolio, SafetyCopyThatIsOpenIsTriedAgainOnceAfterTheLastMail) {
+    std::optional<HeldFile> held;
+    outlook_.AddMail(L"One").Attach(L"a.txt", "A").On(L"SaveAsFile", [&](VARIANT*) {
+        held.emplace(Path(SafetyCopy(key1)), GENERIC_READ, FILE_SHARE_READ | FILE_SHARE_WRITE);
+        return E_FAIL;
+    });
+    bool wasThere = false;
+    outlook_.AddMail(L"Two").object.On(L"EntryID", [&](VARIANT* result) {
+        wasThere = fs::exists(Path(SafetyCopy(key1)));
+        held.reset();
+        return GiveText(result, L"entry2");
+    });
+    EXPECT_TRUE(Create());
+    EXPECT_TRUE(wasThere);
+    EXPECT_FALSE(fs::exists(Path(SafetyCopy(key1))));
+    EXPECT_EQ(ReadFileText(Path(L"Portfolio.pdf")), "portfolio++");
+}
+
 TEST_F(MailPortfolio, PortfolioThatDoesNotOpenIsPutBackToo) {
     outlook_.AddMail(L"One");
     engine_.notPdfs = {Path(L"Portfolio.pdf")};

@@ -110,34 +110,79 @@ TEST_F(OutlookScratchFiles, AreKnownWhateverTheirCapitals) {
 }
 
 TEST_F(OutlookScratchFiles, WhatIsInUseIsKeptForNextTimeAndWhatIsNotGoes) {
-    MakeFile(L"a.txt", "a");
-    MakeFile(L"b.txt", "b");
-    ScratchFiles files;
-    files.AddFile(Path(L"a.txt"));
-    files.AddFile(Path(L"b.txt"));
-    ScratchFiles others;
-    {
-        const HeldFile held(Path(L"a.txt"), GENERIC_READ, FILE_SHARE_READ);
+    for (const bool otherHasSomething : {false, true}) {
+        MakeFile(L"a.txt", "a");
+        MakeFile(L"b.txt", "b");
+        ScratchFiles files;
+        files.AddFile(Path(L"a.txt"));
+        files.AddFile(Path(L"b.txt"));
+        ScratchFiles others;
+        if (otherHasSomething) others.AddFile(Path(L"c.txt"));
+        {
+            const HeldFile held(Path(L"a.txt"), GENERIC_READ, FILE_SHARE_READ);
+            files.DeleteOrLeaveTo(others);
+            EXPECT_EQ(folder_.List(), (Listing{{L"a.txt", "a"}}));
+        }
+        EXPECT_FALSE(files.HasFile(Path(L"a.txt")));
         files.Delete();
-        EXPECT_EQ(folder_.List(), (Listing{{L"a.txt", "a"}}));
-        others.Take(files);
+        MakeFile(L"b.txt", "somebody's");
+        EXPECT_EQ(folder_.List(), (Listing{{L"a.txt", "a"}, {L"b.txt", "somebody's"}}));
+        others.Delete();
+        EXPECT_EQ(folder_.List(), (Listing{{L"b.txt", "somebody's"}})) << "what was deleted once is not deleted again";
     }
-    EXPECT_FALSE(files.HasFile(Path(L"a.txt")));
-    files.Delete();
-    MakeFile(L"b.txt", "somebody's");
-    EXPECT_EQ(folder_.List(), (Listing{{L"a.txt", "a"}, {L"b.txt", "somebody's"}}));
-    others.Delete();
-    EXPECT_EQ(folder_.List(), (Listing{{L"b.txt", "somebody's"}})) << "what was deleted once is not deleted again";
 }
 
-TEST_F(OutlookScratchFiles, LastOneCanBeForgotten) {
+TEST_F(OutlookScratchFiles, WhatTheUserPutInThePlaceOfAKeptOneStays) {
+    MakeFile(L"a.txt", "scratch");
+    MakeFolder(L"folder");
+    MakeFile(L"folder\\b.txt", "scratch");
+    MakeFolder(L"empty");
+    MakeFile(L"empty\\c.txt", "scratch");
+    ScratchFiles files;
+    files.AddFile(Path(L"a.txt"));
+    files.AddFolder(Path(L"folder"));
+    files.AddFolder(Path(L"empty"));
+    {
+        const HeldFile file(Path(L"a.txt"), GENERIC_READ, FILE_SHARE_READ);
+        const HeldFile inner(Path(L"folder\\b.txt"), GENERIC_READ, FILE_SHARE_READ);
+        const HeldFile other(Path(L"empty\\c.txt"), GENERIC_READ, FILE_SHARE_READ);
+        files.Delete();
+    }
+    Sleep(50);  // the clock of the file system moves on
+    fs::remove(Path(L"a.txt"));
+    MakeFile(L"a.txt", "mine");
+    MakeFile(L"folder\\mine.txt", "mine");
+    fs::remove(Path(L"empty\\c.txt"));
+    files.Delete();
+    EXPECT_EQ(
+        folder_.List(),
+        (Listing{
+            {L"a.txt", "mine"}, {L"folder", "folder"}, {L"folder\\b.txt", "scratch"}, {L"folder\\mine.txt", "mine"}}));
+}
+
+TEST_F(OutlookScratchFiles, WhatIsForgottenStays) {
     MakeFile(L"a.txt", "mine");
     ScratchFiles files;
-    files.AddFile(Path(L"b.txt"));
     files.AddFile(Path(L"a.txt"));
-    files.ForgetLast();
+    files.Forget();
     files.Delete();
     EXPECT_EQ(folder_.List(), (Listing{{L"a.txt", "mine"}}));
+}
+
+TEST_F(OutlookScratchFiles, FolderThatIsThereAlreadyIsNeitherMadeNorDeleted) {
+    MakeFolder(L"mine");
+    MakeFile(L"mine\\a.txt", "mine");
+    MakeFile(L"file", "mine too");
+    const Listing before = folder_.List();
+    {
+        ScratchFiles files;
+        EXPECT_FALSE(files.MakeFolder(Path(L"mine")));
+        EXPECT_FALSE(files.MakeFolder(Path(L"file")));
+        EXPECT_FALSE(files.MakeFolder(Path(L"missing\\folder")));
+        EXPECT_TRUE(files.MakeFolder(Path(L"new")));
+        EXPECT_TRUE(fs::is_directory(Path(L"new")));
+    }
+    EXPECT_EQ(folder_.List(), before);
 }
 
 TEST_F(OutlookScratchFiles, LinkIsAReparsePointThatLeadsElsewhereNotAPlaceholderOfACloudFolder) {

@@ -164,6 +164,7 @@ TEST_F(ThemeWatch, RibbonThatASecondLoadReplacedIsReleasedAtDisconnectionOnTheHo
 }
 
 TEST_F(ThemeWatch, HostWithoutAnyStoredThemeHasTheRootsOwnValuesWatched) {
+    ASSERT_EQ(OfficeCommonKeyPath(), L"") << "every test is a process of its own";
     ThemeKeys::Clear();
     ThemeKeys::SetWindows(1);
     const AddinObject addin;
@@ -245,7 +246,8 @@ TEST_F(ThemeWatch, CallbacksThatComeInDuringDisconnectionAreHarmless) {
     onSent = [&] {
         if (++calls > 1) return;
         LoadRibbon(addin, &later);
-        addin->OnDisconnection(ext_dm_HostShutdown, nullptr);
+        EXPECT_EQ(addin->OnDisconnection(ext_dm_HostShutdown, nullptr), S_OK);
+        EXPECT_EQ(ribbon.References(), 2U) << "its call is not over";
         LoadRibbon(addin, &later);
     };
     ribbon.onInvalidate = [&] { SendMessageW(window.Get(), WM_APP, 0, 0); };
@@ -300,4 +302,77 @@ TEST_F(ThemeWatch, HostThatEndsWithoutDisconnectionDoesNotHang) {
     VARIANT argument = ObjectArgument(&ribbon);
     DISPPARAMS params = {&argument, nullptr, 1, 0};
     EXPECT_EQ(forgotten->Invoke(1001, IID_NULL, 0, DISPATCH_METHOD, &params, nullptr, nullptr, nullptr), S_OK);
+}
+
+TEST_F(ThemeWatch, WatchersStopInTheirOrder) {
+    const AddinObject addin;
+    const TestWindow window;
+    SetWindowLongPtrW(window.Get(), GWLP_WNDPROC, reinterpret_cast<LONG_PTR>(&AnswerSent));
+    ScriptedRibbon ribbon;
+    LoadRibbon(addin, &ribbon);
+    static DWORD value = 7000;
+    std::atomic<DWORD> first = 0;
+    std::atomic<bool> secondWorks = false;
+    onSent = [&] {
+        for (int i = 0; i < 100 && !secondWorks; ++i) {
+            WriteWindows(++value);
+            Sleep(20);
+        }
+    };
+    ribbon.onInvalidate = [&] {
+        if (first.exchange(first ? first.load() : GetCurrentThreadId()) == 0) {
+            SendMessageW(window.Get(), WM_APP, 0, 0);
+        } else if (first != GetCurrentThreadId()) {
+            secondWorks = true;
+        }
+    };
+    for (int i = 0; i < 100 && ribbon.invalidations == 0; ++i) {
+        WriteOffice(++value);
+        Sleep(20);
+    }
+    EXPECT_EQ(addin->OnDisconnection(ext_dm_HostShutdown, nullptr), S_OK);
+    onSent = nullptr;
+    EXPECT_TRUE(secondWorks) << "while the first was being stopped";
+}
+
+TEST_F(ThemeWatch, LastReferenceMayGoDuringDisconnection) {
+    auto* addin = new ZOfficeAddin;
+    const TestWindow window;
+    SetWindowLongPtrW(window.Get(), GWLP_WNDPROC, reinterpret_cast<LONG_PTR>(&AnswerSent));
+    ScriptedRibbon ribbon;
+    ScriptedDispatch application;
+    addin->state.application = &application;
+    VARIANT argument = ObjectArgument(&ribbon);
+    DISPPARAMS params = {&argument, nullptr, 1, 0};
+    addin->Invoke(1001, IID_NULL, 0, DISPATCH_METHOD, &params, nullptr, nullptr, nullptr);
+    ULONG left = 0;
+    onSent = [&] {
+        left = addin->Release();
+        onSent = nullptr;
+    };
+    ribbon.onInvalidate = [&] { SendMessageW(window.Get(), WM_APP, 0, 0); };
+    static DWORD value = 8000;
+    for (int i = 0; i < 100 && ribbon.invalidations == 0; ++i) {
+        WriteOffice(++value);
+        Sleep(20);
+    }
+    EXPECT_EQ(addin->OnDisconnection(ext_dm_HostShutdown, nullptr), S_OK);
+    EXPECT_EQ(left, 1U) << "the disconnection's own";
+    EXPECT_EQ(ribbon.References(), 1U);
+    EXPECT_EQ(application.References(), 1U);
+}
+
+TEST_F(ThemeWatch, RibbonThatCallsWhileADyingObjectReleasesItIsHarmless) {
+    ScriptedRibbon ribbon;
+    {
+        const AddinObject addin;
+        LoadRibbon(addin, &ribbon);
+        ribbon.onRelease = [&ribbon, object = addin.Get()] {
+            ribbon.onRelease = nullptr;
+            VARIANT argument = ObjectArgument(&ribbon);
+            DISPPARAMS params = {&argument, nullptr, 1, 0};
+            EXPECT_EQ(object->Invoke(1001, IID_NULL, 0, DISPATCH_METHOD, &params, nullptr, nullptr, nullptr), S_OK);
+        };
+    }
+    EXPECT_EQ(ribbon.References(), 1U);
 }
