@@ -13,7 +13,7 @@ constexpr int filterComboId = 0x470;    // cmb1, its file types
 constexpr int readOnlyBoxId = 0x410;    // chx1
 constexpr int messageTextId = 0xFFFF;   // a message box's text
 constexpr DWORD pollMilliseconds = 10;
-constexpr DWORD settleMilliseconds = 200;  // a save dialog fills its controls after it appears
+constexpr DWORD settleMilliseconds = 200;  // a dialog fills and draws its controls after it appears
 
 std::wstring TextOf(HWND window) {
     std::wstring text(4096, L'\0');
@@ -93,8 +93,11 @@ std::vector<HWND> OwnDialogs() {
 
 }  // namespace
 
-DialogRobot::DialogRobot(SaveAnswer answer)
-    : answer_(std::move(answer)), stop_(CreateEventW(nullptr, TRUE, FALSE, nullptr)), thread_([this] { Work(); }) {}
+DialogRobot::DialogRobot(SaveAnswer answer, std::function<void(HWND)> beforeClosing)
+    : answer_(std::move(answer)),
+      beforeClosing_(std::move(beforeClosing)),
+      stop_(CreateEventW(nullptr, TRUE, FALSE, nullptr)),
+      thread_([this] { Work(); }) {}
 
 DialogRobot::~DialogRobot() {
     SetEvent(stop_.Get());
@@ -148,6 +151,10 @@ void DialogRobot::HandleSaveDialog(HWND dialog, HWND edit) {
 void DialogRobot::HandleMessageBox(HWND box) {
     const HWND owner = GetWindow(box, GW_OWNER);
     Note({TextOf(box), TextOf(GetDlgItem(box, messageTextId)), owner, MessageIcon(box)});
+    if (beforeClosing_) {
+        Sleep(settleMilliseconds);
+        beforeClosing_(box);
+    }
     const bool isQuestion = GetDlgItem(box, IDYES) != nullptr;
     if (isQuestion && !answer_.overwrite) {
         Press(box, IDNO);

@@ -3,6 +3,7 @@
 
 #include <windows.h>
 
+#include <functional>
 #include <mutex>
 #include <string>
 #include <thread>
@@ -32,7 +33,8 @@ struct SeenDialog {
 // Works in a thread of its own from construction to destruction.
 class DialogRobot {
 public:
-    explicit DialogRobot(SaveAnswer answer);
+    // `beforeClosing` gets each message box when it is drawn and before it is closed, on the robot's thread.
+    explicit DialogRobot(SaveAnswer answer, std::function<void(HWND)> beforeClosing = {});
     DialogRobot(const DialogRobot&) = delete;
     DialogRobot& operator=(const DialogRobot&) = delete;
     ~DialogRobot();
@@ -47,6 +49,7 @@ private:
     void Note(SeenDialog dialog);
 
     const SaveAnswer answer_;
+    const std::function<void(HWND)> beforeClosing_;
     mutable std::mutex mutex_;
     std::vector<SeenDialog> seen_;
     std::vector<HWND> handled_;

@@ -25,6 +25,7 @@ const wchar_t usage[] =
     L"  --open ID       opens the menu, until the next action that uses the mouse\n"
     L"  --hover ID      shows the control's tip, until the next action that uses the mouse\n"
     L"  --picture FILE  writes what the screen shows of the window as a PNG file\n"
+    L"  --message FILE  writes how the last message box looked as a PNG file\n"
     L"  --texts         prints every text of the ribbon and how it fits its place\n"
     L"  --places        prints where the controls are drawn\n"
     L"  --stay          the window stays until it is closed, as it does without actions\n"
@@ -44,8 +45,8 @@ const std::map<std::wstring, KnownAction>& KnownActions() {
         {L"--click", {ActionKind::Click, true, false}},    {L"--theme", {ActionKind::Theme, true, false}},
         {L"--markup", {ActionKind::Markup, false, false}}, {L"--ribbon", {ActionKind::Ribbon, false, false}},
         {L"--open", {ActionKind::Open, true, true}},       {L"--hover", {ActionKind::Hover, true, true}},
-        {L"--picture", {ActionKind::Picture, true, true}}, {L"--texts", {ActionKind::Texts, false, true}},
-        {L"--places", {ActionKind::Places, false, true}},
+        {L"--picture", {ActionKind::Picture, true, true}}, {L"--message", {ActionKind::Message, true, true}},
+        {L"--texts", {ActionKind::Texts, false, true}},    {L"--places", {ActionKind::Places, false, true}},
     };
     return known;
 }

@@ -8,7 +8,7 @@
 
 #include "standins/office/DialogRobot.h"
 
-enum class ActionKind { Tick, Untick, Click, Theme, Markup, Ribbon, Open, Hover, Picture, Texts, Places };
+enum class ActionKind { Tick, Untick, Click, Theme, Markup, Ribbon, Open, Hover, Picture, Message, Texts, Places };
 
 struct Action {
     ActionKind kind;

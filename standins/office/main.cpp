@@ -6,6 +6,8 @@
 #include <shlwapi.h>
 #include <tlhelp32.h>
 
+#include <functional>
+#include <optional>
 #include <stdexcept>
 
 #include "src/base/Handles.h"
@@ -115,6 +117,10 @@ public:
                 HandlePendingMessages();  // so that all is drawn
                 SaveImageFile(CaptureScreen(window_.ScreenArea()), action.value);
                 break;
+            case ActionKind::Message:
+                if (!message_) throw std::runtime_error("no message was shown");
+                SaveImageFile(*message_, action.value);
+                break;
             case ActionKind::Texts: PrintTexts(window_); break;
             case ActionKind::Places: PrintPlaces(window_); break;
         }
@@ -145,7 +151,15 @@ private:
         WaitForCompanion();
         PrintLine(L"clicked: " + button.label);
         WriteJournal({L"clicked", id});
-        const DialogRobot robot(options_.saveAnswer);
+        std::function<void(HWND)> look;
+        if (options_.window) {
+            look = [this](HWND box) {
+                RECT area = {};
+                GetWindowRect(box, &area);
+                message_ = CaptureScreen(area);
+            };
+        }
+        const DialogRobot robot(options_.saveAnswer, look);
         Expect(Press(button), id);
         for (const SeenDialog& dialog : robot.Seen()) {
             const std::wstring what = dialog.isSaveDialog ? L"save dialog proposed: " : L"message: ";
@@ -170,6 +184,7 @@ private:
     Mouse mouse_;
     AddinSession& session_;
     RibbonState& ribbon_;
+    std::optional<Image> message_;  // the last message box
 };
 
 // The full path of a file or folder that is there.

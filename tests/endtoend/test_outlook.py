@@ -102,8 +102,9 @@ class OutlookTest(AddinTest):
     def sample_paths(self, *numbers):
         return [next(MAILS.glob(f"{number:02}-*.eml")) for number in numbers]
 
-    def click(self, *buttons, select=None, window=False):
-        """Clicks in one session of Outlook, in its window if there is to be one; gives what it printed."""
+    def click(self, *buttons, select=None, window=False, message=None):
+        """Clicks in one session of Outlook, in its window if there is to be one; gives what it printed. In a window
+        `message` gets the picture of the last message."""
         arguments = ["--outlook", windows_path(self.prepared)]
         if window:
             arguments.append("--window")
@@ -111,6 +112,8 @@ class OutlookTest(AddinTest):
             arguments += ["--select", ",".join(map(str, select))]
         for button in buttons:
             arguments += ["--click", button]
+        if message:
+            arguments += ["--message", windows_path(message)]
         code, out, errors = wine(BIN / "office-standin.exe", *arguments,
                                  environment={"ZAVO_COMPANION_LOG": windows_path(self.companion_log),
                                               "ZAVO_JOURNAL": windows_path(self.journal)})

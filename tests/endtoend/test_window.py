@@ -1,13 +1,14 @@
 """The drawn ribbon: pressed with the mouse it does what the console host does, and it follows Office's theme."""
+import collections
 import os
 import re
 import subprocess
 import time
 import unittest
 
-from support import (BIN, ExcelDocument, HostTest, PowerPointDocument, ScreenTest, pdf_attachment_names,
-                     pdf_info, pdf_is_pdfa, pdf_outline_titles, pdf_text, reg, screen_pixels, wait_until, windows_path,
-                     wine)
+from support import (BIN, ExcelDocument, HostTest, PowerPointDocument, ScreenTest, pdf_attachment_names, pdf_info,
+                     pdf_is_pdfa, pdf_outline_titles, pdf_text, pixel_rows, png_image, reg, screen_pixels, wait_until,
+                     windows_path, wine)
 from test_icons import icon_groups, read_icon
 from test_outlook import BUTTONS, OutlookTest
 
@@ -135,7 +136,7 @@ class PressedInWord(PressedInDocuments):
 
     def test_ActionsOfTheWindowNeedOne(self):
         for action in (("--hover", "BUTTON_ID_CREATE"), ("--open", "Menu_ID_Open"), ("--picture", "x.png"),
-                       ("--texts",), ("--places",), ("--stay",)):
+                       ("--message", "x.png"), ("--texts",), ("--places",), ("--stay",)):
             code, _, errors = wine(BIN / "office-standin.exe", *action)
             self.assertEqual((code, errors), (2, f"office-standin.exe: {action[0]} needs --window"))
 
@@ -201,6 +202,29 @@ class PressedInOutlook(ScreenTest, OutlookTest):
         ((first, second),) = self.starts(1)
         self.assertTrue(first.endswith("\\Main span with picture.pdf"), first)
         self.assertTrue(second.endswith("\\Thank you, all of you!.pdf"), second)
+
+    def test_PictureIsOfTheLastMessage(self):
+        self.prepare(*self.sample_paths(9))
+        path = os.path.join(self.folder, "message.png")
+        out = self.click("Button_ID_CreateByMail", window=True, message=path)
+        self.assertEqual(out.count("\nmessage: "), 2)
+        with open(path, "rb") as file:
+            picture = png_image(file.read()).convert("RGB")
+        # As wide as its text at least, which is dark on a light ground beside an orange sign.
+        self.assertGreater(picture.width, 300)
+        self.assertGreater(picture.height, 100)
+        hues = collections.Counter("orange" if red > 200 and 80 < green < 200 and blue < 80 else
+                                   "dark" if red < 80 else "light" if blue > 200 else "other"
+                                   for row in pixel_rows(picture) for red, green, blue in row)
+        self.assertGreater(hues["light"], picture.width * picture.height / 2)
+        self.assertGreater(hues["dark"], 500)
+        self.assertGreater(hues["orange"], 100)
+
+    def test_PictureOfAMessageThatDidNotComeIsRefused(self):
+        self.prepare(*self.sample_paths(1))
+        code, _, errors = wine(BIN / "office-standin.exe", "--window", "--outlook", windows_path(self.prepared),
+                               "--message", windows_path(os.path.join(self.folder, "message.png")))
+        self.assertEqual((code, errors), (1, "office-standin.exe: no message was shown"))
 
 
 # --- What is seen -----------------------------------------------------------------------------------------------------
