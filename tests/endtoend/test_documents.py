@@ -72,6 +72,36 @@ def written_names():
     return found | set(re.findall(r'(?:name =|name \+|from \+) L?"([^"]+)"', sources))
 
 
+def product_source():
+    """All of src/."""
+    return "".join(path.read_text(encoding="utf-8") for path in [*files("src/**/*.cpp"), *files("src/**/*.h")])
+
+
+def shown_messages(source):
+    """The English texts of the message boxes, with N for a number, and their title."""
+    shown = re.findall(r"\b(?:OpenInCompanion|ShowMessage|ShowComError)\([^;]*;| caption = [^;]*;", source)
+    left_out = [text.replace("{}", "N") for text in texts(read("src", "ui", "LeftOutTexts.h"))]
+    return {text for call in shown for text in texts(call)} | set(left_out) - {"N"}
+
+
+def started_programs(source):
+    """The programs and libraries that src/ starts or loads, their functions, and the classes that it makes."""
+    found = set(re.findall(r'(?:LoadLibraryW\(|CLSIDFromProgID\(|GetProcAddress\(\w+, )L?"([^"]+)"', source))
+    found.update(re.findall(r"CoCreateInstance\(CLSID_(\w+)", source))
+    found.update(name.strip("\\") for name in re.findall(r'L"([^"]*\.(?:exe|dll))"', source, re.IGNORECASE))
+    found.update(re.findall(r'#include "engine/(\w+)\.h"', source))
+    return found
+
+
+def called_members(source):
+    """What src/ asks of Office's objects, by name."""
+    calls = re.findall(r"\b(?:Automation\w+|Get(?:Object|Text|Number)Property)\(([^;]*);", source)
+    found = {text for call in calls for text in texts(call)}
+    found.update(itertools.chain.from_iterable(re.findall(r'{L"(\w+)", Host\w+}|{Host\w+, L"(\w+)"}', source)))
+    found.update(itertools.chain.from_iterable(map(texts, re.findall(r"const property : {([^}]*)}", source))))
+    return found - {""}
+
+
 class Documents(unittest.TestCase):
     @classmethod
     def setUpClass(cls):
@@ -146,7 +176,69 @@ class Documents(unittest.TestCase):
             self.assertIn(sample, expected)  # the sources are still read as they are written
         guide = read("docs", "admin-guide.md")
         section = guide[guide.index("\n## Files and folders"):guide.index("\n## Other programs")]
+        spans = re.findall(r"`([^`]+)`", section)
+        self.assertEqual({text for text in expected if not any(
+            re.search(("\\b" if text[0].isalnum() else "") + re.escape(text) + "(?![a-z])", span) for span in spans)},
+            set())
+
+    def troubleshooting(self):
+        """The part of the admin guide about failures, on one line."""
+        guide = read("docs", "admin-guide.md")
+        return " ".join(guide[guide.index("\n## Troubleshooting"):guide.index("\n## When a library")].split())
+
+    def test_TroubleshootingHasEveryMessage(self):
+        showing = re.compile(r"\b(MessageBoxW|ShowMessage|ShowComError)\(")
+        self.assertEqual({path.stem for path in [*files("src/**/*.cpp"), *files("src/**/*.h")]
+                          if showing.search(path.read_text(encoding="utf-8"))},
+                         {"Companion", "ComErrorText", "LeftOutMails"})  # nothing else shows one
+        expected = shown_messages(product_source())
+        for sample in ("There are no emails that can be created as PDFs", "ZAVO Add-in", "and N more",
+                       "There are no PDF attachments that can be opened"):
+            self.assertIn(sample, expected)  # the sources are still read as they are written
+        self.assertEqual(len([text for text in expected if "left out" in text]), 2)
+        section = self.troubleshooting()
         self.assertEqual({text for text in expected if text not in section}, set())
+
+    def test_TroubleshootingNamesWhatIsStartedAndLoaded(self):
+        expected = started_programs(product_source())
+        for sample in ("ZAVO.exe", "mapi32.dll", "MAPISendMailW", "Word.Application", "TaskbarList", "ZavoKit"):
+            self.assertIn(sample, expected)
+        section = self.troubleshooting().casefold()
+        self.assertEqual({name for name in expected if name.casefold() not in section}, set())
+
+    def test_TroubleshootingHasWhatIsAskedOfOffice(self):
+        expected = called_members(product_source())
+        for sample in ("Explorers", "ActiveWorkbook", "FullName", "ExportAsFixedFormat", "SaveAsFile", "Quit",
+                       "Visible", "Count", "hwnd"):
+            self.assertIn(sample, expected)
+        section = self.troubleshooting().partition("### What is asked of Office")[2]
+        self.assertEqual({name for name in expected if f"`{name}`" not in section}, set())
+
+    def test_TroubleshootingHasTheFilesThatMayStay(self):
+        section = self.troubleshooting()
+        left = section[section.index("### Files that stay"):section.index("### Installing")]
+        scratch = {name for name in written_names() if name in ("temp", ".files", "Portfolio", "~zavo", ".tmp")}
+        self.assertEqual(len(scratch), 5)
+        self.assertEqual({name for name in scratch if not re.search(f"`[^` ]*{re.escape(name)}[^`]*`", left)}, set())
+
+    def test_TroubleshootingHasTheLimits(self):
+        source = product_source()
+        number = {name: re.search(rf"\b{name} = (\d+);", source).group(1)
+                  for name in ("companionSuccess", "fewest", "mostShown", "longestSubject")}
+        claims = [f"exit code {number['companionSuccess']}", f"fewer than {number['fewest']} items",
+                  f"The first {number['mostShown']} subjects follow, each cut at {number['longestSubject']} characters",
+                  "attachmentLimit = 0x80000000;" in source and "2 GiB or more", "32,767 characters",
+                  "path.size() < MAX_PATH" in source and "260 characters or more"]
+        section = self.troubleshooting()
+        self.assertEqual([claim for claim in claims if not claim or claim not in section], [])
+        buffer, = re.findall(r"wchar_t buffer\[(\d+)\];\s*const auto size = ReadRegistryValue\(", source)
+        self.assertIn(f"more than {2 * int(buffer)} bytes counts as missing", read("docs", "admin-guide.md"))
+
+    def test_UserGuideHasThePicturesThatScriptsDraw(self):
+        documented, = re.findall(r"documented=\(([^)]*)\)", read("scripts", "gallery"))
+        drawn = set(re.findall(r"\]=(\S+)", documented))
+        self.assertIn("outlook-dark", drawn)
+        self.assertEqual({path.stem for path in files("docs/user-guide/*.png")} - {"icons-light", "icons-dark"}, drawn)
 
     def test_AdminGuideHasTheMeasuredLoadCost(self):
         rows = {name: [float(number) for number in numbers.split(" | ")] for name, numbers in re.findall(
