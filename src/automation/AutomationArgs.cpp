@@ -1,4 +1,3 @@
-// The argument pack and the VARIANT builders.
 #include "src/automation/AutomationArgs.h"
 
 #include <oleauto.h>

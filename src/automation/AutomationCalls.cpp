@@ -1,4 +1,3 @@
-// Late-bound calls and the reading of their results.
 #include "src/automation/AutomationCalls.h"
 
 #include <algorithm>

@@ -1,4 +1,3 @@
-// Code page conversions.
 #include "src/automation/CodePage.h"
 
 #include <windows.h>

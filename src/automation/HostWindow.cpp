@@ -1,4 +1,3 @@
-// Reading the host's active window.
 #include "src/automation/HostWindow.h"
 
 #include "src/automation/AutomationCalls.h"

@@ -1,4 +1,3 @@
-// Reading a ribbon control.
 #include "src/automation/RibbonControl.h"
 
 #include "src/automation/AutomationCalls.h"

@@ -1,4 +1,3 @@
-// The module-wide state and the module's pin.
 #include "src/base/Module.h"
 
 constinit ModuleState moduleState = {};

@@ -1,4 +1,3 @@
-// The registry primitives.
 #include "src/base/RegistryValues.h"
 
 #include <utility>

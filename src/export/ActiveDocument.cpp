@@ -1,4 +1,3 @@
-// Active document lookup.
 #include "src/export/ActiveDocument.h"
 
 #include <stdexcept>

@@ -1,4 +1,3 @@
-// The companion launcher.
 #include "src/export/Companion.h"
 
 #include <shellapi.h>

@@ -1,4 +1,3 @@
-// The Create PDF command.
 #include "src/export/CreatePdf.h"
 
 #include "src/export/ActiveDocument.h"

@@ -1,4 +1,3 @@
-// Owner window lookup.
 #include "src/export/OwnerWindow.h"
 
 #include <string_view>

@@ -1,4 +1,3 @@
-// The adapter over the PDF engine.
 #include "src/export/PdfEngine.h"
 
 #include <windows.h>

@@ -1,4 +1,3 @@
-// The save dialog.
 #include "src/export/SaveDialog.h"
 
 #include <commdlg.h>

@@ -1,4 +1,3 @@
-// Attachments of a mail.
 #include "src/outlook/Attachments.h"
 
 #include <functional>

@@ -1,4 +1,3 @@
-// PDFs from the selection and from a folder.
 #include "src/outlook/CreateCommands.h"
 
 #include <utility>

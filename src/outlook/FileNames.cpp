@@ -1,4 +1,3 @@
-// Working folders and names of files.
 #include "src/outlook/FileNames.h"
 
 #include <windows.h>

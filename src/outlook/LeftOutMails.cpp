@@ -1,4 +1,3 @@
-// Telling the user of mails without a file.
 #include "src/outlook/LeftOutMails.h"
 
 #include <algorithm>

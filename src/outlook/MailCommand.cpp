@@ -1,4 +1,3 @@
-// Begin, walk and end of a command over mails.
 #include "src/outlook/MailCommand.h"
 
 #include <utility>

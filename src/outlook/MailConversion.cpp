@@ -1,4 +1,3 @@
-// The conversion of mails.
 #include "src/outlook/MailConversion.h"
 
 #include <optional>

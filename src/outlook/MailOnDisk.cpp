@@ -1,4 +1,3 @@
-// A mail's files.
 #include "src/outlook/MailOnDisk.h"
 
 #include <stdexcept>

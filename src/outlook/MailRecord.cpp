@@ -1,4 +1,3 @@
-// The order of mails in time.
 #include "src/outlook/MailRecord.h"
 
 #include <algorithm>

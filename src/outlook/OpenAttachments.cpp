@@ -1,4 +1,3 @@
-// Opening PDF attachments.
 #include "src/outlook/OpenAttachments.h"
 
 #include <iterator>

@@ -1,4 +1,3 @@
-// Reading Outlook's selection, folders and mails.
 #include "src/outlook/OutlookItems.h"
 
 #include <cstdint>

@@ -1,4 +1,3 @@
-// A portfolio of mails.
 #include "src/outlook/Portfolio.h"
 
 #include <algorithm>

@@ -1,4 +1,3 @@
-// Language detection.
 #include "src/ui/Language.h"
 
 UiLanguage DetectUiLanguage() { return UiLanguageOf(GetUserDefaultUILanguage()); }

@@ -1,4 +1,3 @@
-// The texts about mails that were left out, in twelve languages.
 #include "src/ui/LeftOutTexts.h"
 
 #include <algorithm>

@@ -1,4 +1,3 @@
-// The registry watcher and its thread.
 #include "src/ui/RegistryWatcher.h"
 
 #include <system_error>

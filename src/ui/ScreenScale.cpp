@@ -1,4 +1,3 @@
-// Scaling by dots per inch.
 #include "src/ui/ScreenScale.h"
 
 namespace {

@@ -1,4 +1,3 @@
-// The texts that a user sees, in twelve languages, and their lookup.
 #include "src/ui/StringTable.h"
 
 #include <algorithm>

@@ -1,4 +1,3 @@
-// The two themes in the registry.
 #include "src/ui/Theme.h"
 
 #include <atomic>
