@@ -68,22 +68,20 @@ constexpr LocalizedRow rows[] = {
       L"문서를 PDF로 변환하여 이메일 첨부 파일로 추가"}},
     {L"Convert the currently selected email to PDF and add the attachment to the attachment list of the PDF",
      {L"将当前选中的邮件转换为PDF",
-      L"Convert the currently selected email to PDF and add the attachment to the attachment list of "
-      L"the PDF",
-      L"Konvertieren Sie die aktuell ausgewählte E-Mail in PDF und fügen Sie den Anhang zur Anhangsliste "
-      L"des PDFs hinzu",
-      L"Convertir l'e-mail actuellement sélectionné en PDF et ajouter la pièce jointe à la liste des "
-      L"pièces jointes du PDF",
-      L"Converti l'e-mail attualmente selezionato in PDF e aggiungi l'allegato all'elenco degli "
-      L"allegati del PDF",
+      (L"Convert the currently selected email to PDF and add the attachment to the attachment list of the PDF"),
+      (L"Konvertieren Sie die aktuell ausgewählte E-Mail in PDF und fügen Sie den Anhang zur Anhangsliste des PDFs "
+       L"hinzu"),
+      (L"Convertir l'e-mail actuellement sélectionné en PDF et ajouter la pièce jointe à la liste des pièces jointes "
+       L"du PDF"),
+      (L"Converti l'e-mail attualmente selezionato in PDF e aggiungi l'allegato all'elenco degli allegati del PDF"),
       L"現在選択しているメールをPDFに変換し、添付ファイルをPDFの添付ファイルリストに追加します",
       L"Converter o e-mail atualmente selecionado em PDF e adicionar o anexo à lista de anexos do PDF",
-      L"Convertir el correo actualmente seleccionado a PDF y agregar el archivo adjunto a la lista de "
-      L"adjuntos del PDF",
+      (L"Convertir el correo actualmente seleccionado a PDF y agregar el archivo adjunto a la lista de adjuntos del "
+       L"PDF"),
       L"將當前選中的郵件轉換為PDF",
       L"Преобразовать выбранное в данный момент письмо в PDF и добавить вложение в список вложений PDF",
-      L"Converteer het momenteel geselecteerde e-mailbericht naar PDF en voeg de bijlage toe aan de "
-      L"bijlagenlijst van de PDF",
+      (L"Converteer het momenteel geselecteerde e-mailbericht naar PDF en voeg de bijlage toe aan de bijlagenlijst van "
+       L"de PDF"),
       L"현재 선택한 이메일을 PDF로 변환하고 첨부 파일을 PDF의 첨부 파일 목록에 추가합니다"}},
     {L"Create",
      {L"PDF 创建", L"PDF Creation", L"PDF-Erstellung", L"Création de PDF", L"Creazione PDF", L"PDF 作成",
@@ -216,27 +214,27 @@ constexpr LocalizedRow rows[] = {
       L"El documento creado cumple con los estándares PDF/A", L"創建的文檔符合PDF/A標準",
       L"Созданный документ соответствует стандартам PDF/A", L"Het gemaakte document voldoet aan PDF/A-standaarden",
       L"생성된 문서가 PDF/A 표준을 준수합니다"}},
-    {L"The generated PDF document contains information such as the title, author, topic, keywords, etc. of the "
-     L"original document",
+    {(L"The generated PDF document contains information such as the title, author, topic, keywords, etc. of the "
+      L"original document"),
      {L"生成的PDF文档包含原始文档的标题、作者、主题、关键字等信息",
-      L"The generated PDF document contains information such as the title, author, topic, keywords, "
-      L"etc. of the original document",
-      L"Das generierte PDF-Dokument enthält Informationen wie Titel, Autor, Thema, Schlüsselwörter usw. "
-      L"des Originaldokuments",
-      L"Le document PDF généré contient des informations telles que le titre, l'auteur, le sujet, les "
-      L"mots-clés, etc. du document original",
-      L"Il documento PDF generato contiene informazioni come titolo, autore, argomento, parole chiave, "
-      L"ecc. del documento originale",
+      (L"The generated PDF document contains information such as the title, author, topic, keywords, etc. of the "
+       L"original document"),
+      (L"Das generierte PDF-Dokument enthält Informationen wie Titel, Autor, Thema, Schlüsselwörter usw. des "
+       L"Originaldokuments"),
+      (L"Le document PDF généré contient des informations telles que le titre, l'auteur, le sujet, les mots-clés, etc. "
+       L"du document original"),
+      (L"Il documento PDF generato contiene informazioni come titolo, autore, argomento, parole chiave, ecc. del "
+       L"documento originale"),
       L"生成されたPDF文書には、元の文書のタイトル、著者、主題、キーワードなどの情報が含まれています",
-      L"O documento PDF gerado contém informações como título, autor, assunto, palavras-chave, etc. "
-      L"do documento original",
-      L"El documento PDF generado contiene información como título, autor, tema, palabras clave, etc. "
-      L"del documento original",
+      (L"O documento PDF gerado contém informações como título, autor, assunto, palavras-chave, etc. do documento "
+       L"original"),
+      (L"El documento PDF generado contiene información como título, autor, tema, palabras clave, etc. del documento "
+       L"original"),
       L"生成的PDF文檔包含原始文檔的標題、作者、主題、關鍵字等信息",
-      L"Созданный PDF-документ содержит такую информацию, как заголовок, автор, тема, ключевые слова и "
-      L"т.д. исходного документа",
-      L"Het gegenereerde PDF-document bevat informatie zoals titel, auteur, onderwerp, trefwoorden, enz. "
-      L"van het originele document",
+      (L"Созданный PDF-документ содержит такую информацию, как заголовок, автор, тема, ключевые слова и т.д. исходного "
+       L"документа"),
+      (L"Het gegenereerde PDF-document bevat informatie zoals titel, auteur, onderwerp, trefwoorden, enz. van het "
+       L"originele document"),
       L"생성된 PDF 문서에는 원본 문서의 제목, 작성자, 주제, 키워드 등의 정보가 포함됩니다"}},
     {L"There are no PDF attachments that can be opened",
      {L"没有可打开的PDF附件", L"There are no PDF attachments that can be opened",
