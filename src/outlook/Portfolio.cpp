@@ -22,25 +22,6 @@ namespace {
 
 constexpr wchar_t portfolioName[] = L"Portfolio";  // of the file, in every language
 
-// The portfolio that a command makes. One that stays empty is deleted.
-class NewPortfolio {
-public:
-    explicit NewPortfolio(const std::wstring& path) : path_(path) {}
-    NewPortfolio(const NewPortfolio&) = delete;
-    NewPortfolio& operator=(const NewPortfolio&) = delete;
-    ~NewPortfolio() {
-        if (!hasMails_) DeleteFileW(path_.c_str());
-    }
-
-    const std::wstring& Path() const { return path_; }
-    bool HasMails() const { return hasMails_; }
-    void SetHasMails() { hasMails_ = true; }
-
-private:
-    const std::wstring& path_;
-    bool hasMails_ = false;
-};
-
 // A copy of the portfolio for the time that something is embedded into it.
 class SafetyCopy {
 public:
@@ -92,16 +73,17 @@ bool Embed(MailOnDisk& mail, const std::wstring& pdf, SafetyCopy& safety, const 
     return embedded;
 }
 
-// Converts the mail and embeds it. PDFs of earlier commands are not used: those have the attachments inside already.
-void AddMail(IDispatch* item, MailCommand& command, NewPortfolio& portfolio) {
+// Converts the mail and embeds it; whether that worked. PDFs of earlier commands are not used: those have the
+// attachments inside already.
+bool AddMail(IDispatch* item, MailCommand& command, const std::wstring& portfolio) {
     MailOnDisk mail(item, command);
     const std::wstring key = GetMailKey(item);
     const std::wstring pdf = mail.MakePdf(key, true);
-    if (pdf.empty() || !Exists(pdf)) return;
+    if (pdf.empty() || !Exists(pdf)) return false;
     const std::wstring copyPath = SafetyCopyPath(command.workingFolder, key);
-    if (copyPath.empty()) return;
-    SafetyCopy safety(command, portfolio.Path(), copyPath);
-    if (Embed(mail, pdf, safety, portfolio.Path())) portfolio.SetHasMails();
+    if (copyPath.empty()) return false;
+    SafetyCopy safety(command, portfolio, copyPath);
+    return Embed(mail, pdf, safety, portfolio);
 }
 
 }  // namespace
@@ -112,14 +94,19 @@ bool CreatePortfolioFromSelection(const AddinState& addin, IDispatch* applicatio
     const std::optional<LONG> count = GetNumberProperty(items.Get(), L"Count");
     if (!count || *count < 1) return false;
     const std::wstring path = MakeUniquePath(0, workingFolder + L"\\" + portfolioName + L".pdf");
-    if (!CreateEmptyPortfolio(application, path)) return false;
-
-    std::vector<std::wstring> files;
-    {
-        NewPortfolio portfolio(path);  // a copy could fail and leave the file behind
-        command.ForEachMail(items.Get(), *count, [&](IDispatch* item) { AddMail(item, command, portfolio); });
-        if (portfolio.HasMails()) files.push_back(path);
+    std::vector<std::wstring> files = {path};
+    ScratchFiles empty;  // the portfolio, as long as it holds no mail
+    empty.AddFile(path);
+    if (!CreateEmptyPortfolio(application, path)) {
+        empty.Forget();  // what is there now is not known
+        return false;
     }
+    command.ForEachMail(items.Get(), *count, [&](IDispatch* item) {
+        if (AddMail(item, command, path)) empty.Forget();
+    });
+    if (empty.HasFile(path)) files.clear();
+    empty.Delete();
+    empty.Forget();
     return command.Finish(files);
 }
 

@@ -17,7 +17,8 @@ constexpr DWORD killed = 42;
 struct Command {
     const char* name;
     const wchar_t* controlId;
-    long stride;  // in a short run one in so many steps is tried
+    long stride;       // in a short run one in so many steps is tried
+    long wholeStride;  // in a whole one; what converts a mail is the same for all but the portfolio
 };
 
 std::ostream& operator<<(std::ostream& out, const Command& command) { return out << command.name; }
@@ -48,7 +49,7 @@ protected:
 }  // namespace
 
 TEST_P(OutlookKilled, LeavesEveryFileOfTheUsersAsItWas) {
-    const long stride = Environment(L"ZAVO_TEST_ALL").empty() ? GetParam().stride : 1;
+    const long stride = Environment(L"ZAVO_TEST_ALL").empty() ? GetParam().stride : GetParam().wholeStride;
     long kills = 0;
     DWORD code = killed;
     for (long step = 0; code == killed && !HasFailure(); step += stride) {
@@ -82,8 +83,8 @@ TEST_P(OutlookKilled, LeavesNothingThatHindersTheNextRun) {
 }
 
 INSTANTIATE_TEST_SUITE_P(, OutlookKilled,
-                         testing::Values(Command{"CreateByMail", Button_ID_CreateByMail, 7},
-                                         Command{"CreateByFolder", Button_ID_CreateByFolder, 29},
-                                         Command{"CreateMergeByFolder", Button_ID_CreateMergeByFolder, 31},
-                                         Command{"CreatePortfolioByMail", Button_ID_CreatePortfolioByMail, 19}),
+                         testing::Values(Command{"CreateByMail", Button_ID_CreateByMail, 7, 1},
+                                         Command{"CreateByFolder", Button_ID_CreateByFolder, 29, 11},
+                                         Command{"CreateMergeByFolder", Button_ID_CreateMergeByFolder, 31, 11},
+                                         Command{"CreatePortfolioByMail", Button_ID_CreatePortfolioByMail, 19, 1}),
                          [](const auto& command) { return std::string(command.param.name); });

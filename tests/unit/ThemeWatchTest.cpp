@@ -207,12 +207,7 @@ TEST_F(ThemeWatch, RibbonThatSendsToTheDisconnectingThreadDoesNotHangIt) {
         SendMessageW(window.Get(), WM_APP, 0, 0);
         answered = true;
     };
-    static DWORD value = 5000;
-    for (int i = 0; i < 100 && ribbon.invalidations == 0; ++i) {
-        WriteOffice(++value);
-        Sleep(20);  // handles no messages
-    }
-    ASSERT_GT(ribbon.invalidations, 0);
+    ASSERT_TRUE(ChangeIsSeen(ribbon, WriteOffice));
     ASSERT_FALSE(answered);
     PostMessageW(window.Get(), posted, 0, 0);
     EXPECT_EQ(addin->OnDisconnection(ext_dm_HostShutdown, nullptr), S_OK);
@@ -251,11 +246,7 @@ TEST_F(ThemeWatch, CallbacksThatComeInDuringDisconnectionAreHarmless) {
         LoadRibbon(addin, &later);
     };
     ribbon.onInvalidate = [&] { SendMessageW(window.Get(), WM_APP, 0, 0); };
-    static DWORD value = 6000;
-    for (int i = 0; i < 100 && ribbon.invalidations == 0; ++i) {
-        WriteOffice(++value);
-        Sleep(20);
-    }
+    EXPECT_TRUE(ChangeIsSeen(ribbon, WriteOffice));
     EXPECT_EQ(addin->OnDisconnection(ext_dm_HostShutdown, nullptr), S_OK);
     onSent = nullptr;
     EXPECT_EQ(calls, 1);
@@ -326,10 +317,7 @@ TEST_F(ThemeWatch, WatchersStopInTheirOrder) {
             secondWorks = true;
         }
     };
-    for (int i = 0; i < 100 && ribbon.invalidations == 0; ++i) {
-        WriteOffice(++value);
-        Sleep(20);
-    }
+    EXPECT_TRUE(ChangeIsSeen(ribbon, WriteOffice));
     EXPECT_EQ(addin->OnDisconnection(ext_dm_HostShutdown, nullptr), S_OK);
     onSent = nullptr;
     EXPECT_TRUE(secondWorks) << "while the first was being stopped";
@@ -351,11 +339,7 @@ TEST_F(ThemeWatch, LastReferenceMayGoDuringDisconnection) {
         onSent = nullptr;
     };
     ribbon.onInvalidate = [&] { SendMessageW(window.Get(), WM_APP, 0, 0); };
-    static DWORD value = 8000;
-    for (int i = 0; i < 100 && ribbon.invalidations == 0; ++i) {
-        WriteOffice(++value);
-        Sleep(20);
-    }
+    EXPECT_TRUE(ChangeIsSeen(ribbon, WriteOffice));
     EXPECT_EQ(addin->OnDisconnection(ext_dm_HostShutdown, nullptr), S_OK);
     EXPECT_EQ(left, 1U) << "the disconnection's own";
     EXPECT_EQ(ribbon.References(), 1U);
